@@ -1,5 +1,8 @@
-#include "course.h"
+#include "kestrunapp.h"
 #include "mainwindow.h"
+#include "selftest.h"
+#include "startup.h"
+#include "texts.h"
 
 #include <QApplication>
 
@@ -7,17 +10,30 @@
 
 int main(int argc, char *argv[])
 {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+
+    const StartUp::LaunchMode mode = StartUp::launchMode(arguments);
+    if (mode.selfTest) {
+        // No GUI platform: the self-test runs over SSH and in CI.
+        QCoreApplication app(argc, argv);
+        return SelfTest::run(mode.solutionsPath);
+    }
+
     QApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("Kestrun"));
 
-    Course course;
+    std::unique_ptr<KestrunApp> kestrun;
     try {
-        course = Course::load();
+        kestrun = std::make_unique<KestrunApp>();
     } catch (const Course::LoadError &) {
-        std::fputs("The course is missing from the app.\n", stderr);
-        return 1;
+        std::fputs(qPrintable(Texts::courseMissing + QLatin1Char('\n')), stderr);
+        return EXIT_FAILURE;
     }
-    MainWindow window(course);
+
+    MainWindow window(kestrun->model());
+    QObject::connect(&window, &MainWindow::shown, kestrun.get(), [&] { kestrun->findCompiler(); });
     window.show();
     return app.exec();
 }

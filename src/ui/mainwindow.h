@@ -2,12 +2,29 @@
 
 #include <QMainWindow>
 
-struct Course;
+class AppModel;
+class QLabel;
+class QListWidget;
 
-// The application's one window. For now it names the course; the lesson
-// screens come later.
+// The application's one window. For now: the course's title, its lessons,
+// and whether code can run; the lesson screens come later.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    explicit MainWindow(const Course &course, QWidget *parent = nullptr);
+    explicit MainWindow(AppModel &model, QWidget *parent = nullptr);
+
+Q_SIGNALS:
+    // The window's content is on screen: time to look for the compiler.
+    void shown();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    void showSelection();
+
+    AppModel &m_model;
+    QListWidget *m_lessons;
+    QLabel *m_status;
+    bool m_announced = false;
 };
