@@ -17,14 +17,10 @@ QStringList tagsOf(const TextStyle &style)
     QStringList tags;
     if (!style.link.isEmpty())
         tags << QStringLiteral("a href=\"%1\"").arg(escaped(style.link));
-    if (style.strikethrough)
-        tags << QStringLiteral("del");
-    if (style.emphasis)
-        tags << QStringLiteral("em");
-    if (style.strong)
-        tags << QStringLiteral("strong");
-    if (style.monospace)
-        tags << QStringLiteral("code");
+    for (const auto &[on, tag] : {std::pair(style.strikethrough, "del"), {style.emphasis, "em"},
+                                  {style.strong, "strong"}, {style.monospace, "code"}})
+        if (on)
+            tags << QString::fromLatin1(tag);
     return tags;
 }
 
@@ -35,30 +31,22 @@ QString render(const StyledText &styled)
     QString out;
     QStringList open;
     qsizetype at = 0;
-    const auto closeUntil = [&](const QStringList &wanted) {
-        while (!open.isEmpty() && !std::all_of(open.cbegin(), open.cend(), [&](const QString &tag) {
-            return wanted.contains(tag);
-        }))
+    const auto emit = [&](const QStringList &wanted, qsizetype end) {
+        while (!open.isEmpty() && !std::all_of(open.cbegin(), open.cend(), [&](const QString &t) { return wanted.contains(t); }))
             out += QStringLiteral("</%1>").arg(open.takeLast().section(u' ', 0, 0));
+        for (const QString &tag : wanted)
+            if (!open.contains(tag))
+                out += u'<' + (open << tag).last() + u'>';
+        out += escaped(styled.text.mid(at, end - at));
+        at = end;
     };
     for (const StyledRun &run : styled.runs) {
-        if (run.start > at) {
-            closeUntil({});
-            out += escaped(styled.text.mid(at, run.start - at));
-        }
-        const QStringList wanted = tagsOf(run.style);
-        closeUntil(wanted);
-        for (const QString &tag : wanted) {
-            if (!open.contains(tag)) {
-                out += u'<' + tag + u'>';
-                open << tag;
-            }
-        }
-        out += escaped(styled.text.mid(run.start, run.length));
-        at = run.start + run.length;
+        if (run.start > at)
+            emit({}, run.start);
+        emit(tagsOf(run.style), run.start + run.length);
     }
-    closeUntil({});
-    return out + escaped(styled.text.mid(at));
+    emit({}, styled.text.size());
+    return out;
 }
 
 // What is wrong with the runs of a result, or an empty string.
@@ -123,9 +111,7 @@ void TestMarkdown::rendering_data()
     QTest::addColumn<QString>("expected");
 
     // Code spans
-    row("`foo`", "<code>foo</code>");
     row("`` foo ` bar ``", "<code>foo ` bar</code>");
-    row("` `` `", "<code>``</code>");
     row("`  ``  `", "<code> `` </code>");
     row("` a`", "<code> a</code>");
     row("` `\n`  `", "<code> </code>\n<code>  </code>");
@@ -134,7 +120,6 @@ void TestMarkdown::rendering_data()
     row(R"md(`foo\`bar`)md", R"md(<code>foo\</code>bar`)md");
     row("*foo`*`", "*foo<code>*</code>");
     row("[not a `link](/foo`)", "[not a <code>link](/foo</code>)");
-    row("`<http://foo.bar.`baz>`", "<code>&lt;http://foo.bar.</code>baz&gt;`");
     row("`foo``bar``", "`foo<code>bar</code>");
     row("`hi`lo`", "<code>hi</code>lo`");
     row("`f&amp;o`", "<code>f&amp;amp;o</code>");
@@ -142,18 +127,13 @@ void TestMarkdown::rendering_data()
     // Backslash escapes
     row(R"md(\!\"\#\$\%\&\'\(\)\*\+\,\-\.\/\:\;\<\=\>\?\@\[\\\]\^\_\`\{\|\}\~)md",
         R"md(!&quot;#$%&amp;'()*+,-./:;&lt;=&gt;?@[\]^_`{|}~)md");
-    row("\\\t\\A\\a\\ \\3\\φ\\«", "\\\t\\A\\a\\ \\3\\φ\\«");
-    row(R"md(\*not emphasized* \[not a link](/foo) \`not code`)md", "*not emphasized* [not a link](/foo) `not code`");
     row(R"md(\\*emphasis*)md", R"md(\<em>emphasis</em>)md");
     row("foo\\\nbar", "foo\nbar");
-    row(R"md(`` \[\` ``)md", R"md(<code>\[\`</code>)md");
     row(R"md([foo](/bar\* "ti\*tle"))md", R"md(<a href="/bar*">foo</a>)md");
 
     // Character references
     row("&nbsp;&amp; &copy; &mdash;", "\u00A0&amp; © —");
-    row("&#35; &#1234; &#992; &#0; &#87654321;", "# Ӓ Ϡ \uFFFD &amp;#87654321;");
-    row("&#X22; &#XD06; &#xcab;", "&quot; ആ ಫ");
-    row("&nbsp &x; &#; &#x; &MadeUpEntity; &hi?;", "&amp;nbsp &amp;x; &amp;#; &amp;#x; &amp;MadeUpEntity; &amp;hi?;");
+    row("&#35; &#1234; &#0; &#87654321; &#X22; &#xcab;", "# Ӓ \uFFFD &amp;#87654321; &quot; ಫ");
     row("&#42;foo&#42;", "*foo*");
     row("[a](/x?a=1&amp;b=2)", R"md(<a href="/x?a=1&amp;b=2">a</a>)md");
 
@@ -163,38 +143,25 @@ void TestMarkdown::rendering_data()
                "пристаням_стремятся_", "aa_\"bb\"_cc", "_foo*", "*foo bar *", "*foo bar\n*", "*(*foo)",
                "** foo bar**", "__\nfoo bar__", "foo__bar__", "**(**foo)",
                "**** is not an empty strong emphasis"});
-    row("*foo bar*", "<em>foo bar</em>");
-    row("_foo bar_", "<em>foo bar</em>");
     row("foo-_(bar)_", "foo-<em>(bar)</em>");
     row("*(*foo*)*", "<em>(foo)</em>");
     row("_foo_bar_baz_", "<em>foo_bar_baz</em>");
     row("foo**bar**", "foo<strong>bar</strong>");
     row("__foo, __bar__, baz__", "<strong>foo, bar, baz</strong>");
-    row("**Gomphocarpus (*Gomphocarpus physocarpus*, syn.\n*Asclepias physocarpa*)**",
-        "<strong>Gomphocarpus (<em>Gomphocarpus physocarpus</em>, syn.\n<em>Asclepias physocarpa</em>)</strong>");
     row("*foo [bar](/url)*", R"md(<em>foo <a href="/url">bar</a></em>)md");
     row("_foo __bar__ baz_", "<em>foo <strong>bar</strong> baz</em>");
-    row("__foo_ bar_", "<em>foo bar</em>");
-    row("*foo**bar**baz*", "<em>foo<strong>bar</strong>baz</em>");
     row("*foo**bar*", "<em>foo**bar</em>");
     row("***foo** bar*", "<em><strong>foo</strong> bar</em>");
-    row("*foo**bar***", "<em>foo<strong>bar</strong></em>");
     row("foo***bar***baz", "foo<em><strong>bar</strong></em>baz");
     row("foo******bar*********baz", "foo<strong>bar</strong>***baz");
-    row("*foo **bar *baz* bim** bop*", "<em>foo <strong>bar baz bim</strong> bop</em>");
-    row("____foo__ bar__", "<strong>foo bar</strong>");
     row("**foo *bar **baz**\nbim* bop**", "<strong>foo <em>bar baz\nbim</em> bop</strong>");
-    row("foo *\\**", "foo <em>*</em>");
     row("foo **_**", "foo <strong>_</strong>");
     row("**foo*", "*<em>foo</em>");
-    row("___foo__", "_<strong>foo</strong>");
     row("_foo____", "<em>foo</em>___");
     row("_____foo_____", "<em><strong>foo</strong></em>");
     row("*foo _bar* baz_", "<em>foo _bar</em> baz_");
-    row("*foo __bar *baz bim__ bam*", "<em>foo <strong>bar *baz bim</strong> bam</em>");
     row("**foo **bar baz**", "**foo <strong>bar baz</strong>");
     row("_foo [bar_](/url)", R"md(_foo <a href="/url">bar_</a>)md");
-    row("*a `*`*", "<em>a <code>*</code></em>");
     row("**a<http://foo.bar/?q=**>", R"md(**a<a href="http://foo.bar/?q=**">http://foo.bar/?q=**</a>)md");
     row("a***b* c*", "a*<em>b c</em>");
     row("—*(a)*—", "—<em>(a)</em>—");
@@ -202,41 +169,28 @@ void TestMarkdown::rendering_data()
 
     // Strikethrough
     row("~~Hi~~ Hello, ~there~ world!", "<del>Hi</del> Hello, ~there~ world!");
-    row("This ~~has a\n\nnew paragraph~~.", "This ~~has a\n\nnew paragraph~~.");
-    row("This will ~~~not~~~ strike.", "This will ~~~not~~~ strike.");
     row("~~**bold** gone~~", "<del><strong>bold</strong> gone</del>");
     row("~~a ~~b~~", "~~a <del>b</del>");
 
     // Links
     unchanged("links that stay text",
               {"[link](/my uri)", "[link](foo\nbar)", "[link] (/uri)", "[link] bar](/uri)", "[foo][bar] [foo] [foo][]",
-               "[link](/url (ti(tle))"});
+               "[link](/url (ti(tle))", R"md([link](/url "title "and" title"))md", R"md([a](<b>"t"))md",
+               "<http://foo.bar/baz bim> <m:abc> <foo.bar.baz> <foo@bar-.com>"});
     row(R"md([link](/uri "title"))md", R"md(<a href="/uri">link</a>)md");
     row("[link]()", "link");
     row("[link](</my uri>)", R"md(<a href="/my uri">link</a>)md");
-    row("[a](<b)c>)", R"md(<a href="b)c">a</a>)md");
-    row(R"md([link](<foo\>))md", "[link](&lt;foo&gt;)");
-    row(R"md([link](\(foo\)))md", R"md(<a href="(foo)">link</a>)md");
     row("[link](foo(and(bar)))", R"md(<a href="foo(and(bar))">link</a>)md");
-    row(R"md([link](foo\bar))md", R"md(<a href="foo\bar">link</a>)md");
-    row(R"md([link]("title"))md", R"md(<a href="&quot;title&quot;">link</a>)md");
     row("[link](/url 'title') [link](/url (title))", R"md(<a href="/url">link</a> <a href="/url">link</a>)md");
-    row(R"md([link](/url "title "and" title"))md", "[link](/url &quot;title &quot;and&quot; title&quot;)");
     row("[link](   /uri\n  \"title\"  )", R"md(<a href="/uri">link</a>)md");
-    row(R"md([a](<b>"t"))md", "[a](&lt;b&gt;&quot;t&quot;)");
     row("[link [foo [bar]]](/uri)", R"md(<a href="/uri">link [foo [bar]]</a>)md");
     row("[link [bar](/uri)", R"md([link <a href="/uri">bar</a>)md");
-    row(R"md([link \[bar](/uri))md", R"md(<a href="/uri">link [bar</a>)md");
     row("[link *foo **bar** `#`*](/uri)",
         R"md(<a href="/uri">link <em>foo <strong>bar</strong> <code>#</code></em></a>)md");
     row("[foo [bar](/uri)](/uri)", R"md([foo <a href="/uri">bar</a>](/uri))md");
-    row("[foo *[bar [baz](/uri)](/uri)*](/uri)", R"md([foo <em>[bar <a href="/uri">baz</a>](/uri)</em>](/uri))md");
     row("*[foo*](/uri)", R"md(*<a href="/uri">foo*</a>)md");
     row("[foo *bar](baz*)", R"md(<a href="baz*">foo *bar</a>)md");
     row("*foo [bar* baz]", "<em>foo [bar</em> baz]");
-    row("[foo`](/uri)`", "[foo<code>](/uri)</code>");
-    row("[foo<http://example.com/?search=](uri)>",
-        R"md([foo<a href="http://example.com/?search=](uri)">http://example.com/?search=](uri)</a>)md");
     row(R"md(![foo *bar*](/url "title"))md", "![foo <em>bar</em>](/url &quot;title&quot;)");
     row("[see <http://x.y> here](/u)",
         R"md(<a href="/u">see </a><a href="http://x.y">http://x.y</a><a href="/u"> here</a>)md");
@@ -247,21 +201,16 @@ void TestMarkdown::rendering_data()
     row("<foo@bar.example.com>", R"md(<a href="mailto:foo@bar.example.com">foo@bar.example.com</a>)md");
     row(R"md(<http://example.com?find=\*>)md",
         R"md(<a href="http://example.com?find=\*">http://example.com?find=\*</a>)md");
-    row("<http://foo.bar/baz bim> <m:abc> <foo.bar.baz> <foo@bar-.com>",
-        "&lt;http://foo.bar/baz bim&gt; &lt;m:abc&gt; &lt;foo.bar.baz&gt; &lt;foo@bar-.com&gt;");
 
     // Everything else stays exactly as written
-    unchanged("block syntax stays text",
-              {"# Not a heading", "- not\n> a\n1. list", "~~~\nlet x = 1\n~~~", "```foo``", "`foo"});
+    unchanged("everything else stays as written",
+              {"# Not a heading", "- not\n> a\n1. list", "~~~\nlet x = 1\n~~~", "```foo``", "`foo", "a  b   c  \nd\t",
+               "*one\n  \t\ntwo*", "This will ~~~not~~~ strike.", "<b>raw</b> Array<Int> snake_case_name 2 * 3 * 4 C:\\path",
+               "&nbsp &x; &#; &#x; &MadeUpEntity; &hi?;", "\\\t\\A\\a\\ \\3\\φ\\«", "a backslash at the end \\"});
     row("Use `print` to show **bold** text.", "Use <code>print</code> to show <strong>bold</strong> text.");
     row("one\n\ntwo", "one\n\ntwo");
     row("\r\n\r\n", "\r\n\r\n");
-    row("a  b   c  \nd\t", "a  b   c  \nd\t");
-    row("*one\n  \t\ntwo*", "*one\n  \t\ntwo*");
-    row("<b>raw</b> Array<Int> snake_case_name 2 * 3 * 4 C:\\path",
-        "&lt;b&gt;raw&lt;/b&gt; Array&lt;Int&gt; snake_case_name 2 * 3 * 4 C:\\path");
     row("", "");
-    row("\\", "\\");
 }
 
 void TestMarkdown::rendering()
@@ -279,30 +228,20 @@ void TestMarkdown::longAndDeepInput_data()
     QTest::addColumn<QString>("expected");
 
     const int n = 100000;
-    QTest::newRow("asterisks") << QString(n, u'*') << QString(n, u'*');
-    QTest::newRow("backticks") << QString(n, u'`') << QString(n, u'`');
-    QTest::newRow("tildes pairs") << QStringLiteral("~~ ").repeated(n) << QStringLiteral("~~ ").repeated(n);
-    QTest::newRow("unclosed openers") << QStringLiteral("*a _b ").repeated(n / 4)
-                                      << QStringLiteral("*a _b ").repeated(n / 4);
-    const QString closersAfterOpeners = QStringLiteral("_a ").repeated(n / 6) + QStringLiteral("a* ").repeated(n / 6);
-    QTest::newRow("closers without openers") << closersAfterOpeners << closersAfterOpeners;
-    QTest::newRow("leftover openers") << QStringLiteral("**a* ").repeated(n / 5)
-                                      << QStringLiteral("*<em>a</em> ").repeated(n / 5);
+    const auto same = [](const char *name, const QString &text) { QTest::newRow(name) << text << text; };
+    same("unclosed openers", QStringLiteral("*a _b ").repeated(n / 4));
+    same("closers without openers", QStringLiteral("_a ").repeated(n / 6) + QStringLiteral("a* ").repeated(n / 6));
+    same("failed links", QStringLiteral("[a](b(").repeated(n / 6));
     QString backticks;  // runs of 1, 2, 3... backticks: none can close another
     for (int length = 1; backticks.size() < n; ++length)
         backticks += QString(length, u'`') + u'a';
-    QTest::newRow("backtick runs of growing length") << backticks << backticks;
-    QTest::newRow("many strong") << QStringLiteral("**a** ").repeated(n / 6)
-                                 << QStringLiteral("<strong>a</strong> ").repeated(n / 6);
+    same("backtick runs of growing length", backticks);
+    QTest::newRow("leftover openers") << QStringLiteral("**a* ").repeated(n / 5)
+                                      << QStringLiteral("*<em>a</em> ").repeated(n / 5);
     QTest::newRow("deep emphasis") << QString(n, u'*') + u'a' + QString(n, u'*')
                                    << QStringLiteral("<strong>a</strong>");
     QTest::newRow("deep brackets") << QString(n, u'[') + QStringLiteral("a](u)")
                                    << QString(n - 1, u'[') + QStringLiteral(R"md(<a href="u">a</a>)md");
-    QTest::newRow("closers only") << QString(n, u']') << QString(n, u']');
-    QTest::newRow("open parentheses") << QStringLiteral("[a](") + QString(n, u'(')
-                                      << QStringLiteral("[a](") + QString(n, u'(');
-    QTest::newRow("failed links") << QStringLiteral("[a](b(").repeated(n / 6)
-                                  << QStringLiteral("[a](b(").repeated(n / 6);
     QTest::newRow("links after brackets")
         << QString(n / 2, u'[') + QStringLiteral("[a](b) ").repeated(n / 14)
         << QString(n / 2, u'[') + QStringLiteral(R"md(<a href="b">a</a> )md").repeated(n / 14);
