@@ -226,14 +226,6 @@ LaunchError::LaunchError(const QString &executable, int error)
 {
 }
 
-QStringList environment()
-{
-    QStringList result;
-    for (const QByteArray &entry : environmentBytes())
-        result.append(QFile::decodeName(entry));
-    return result;
-}
-
 Output run(const QString &executable, const QStringList &arguments,
            const std::optional<QString> &workingDirectory, double timeout)
 {

@@ -50,7 +50,4 @@ inline constexpr char defaultPath[] = "/usr/bin:/bin:/usr/sbin:/sbin";
 Output run(const QString &executable, const QStringList &arguments,
            const std::optional<QString> &workingDirectory, double timeout);
 
-// The environment children get (name=value), built from this process's own.
-QStringList environment();
-
 } // namespace Shell

@@ -7,6 +7,7 @@
 #include <QThread>
 
 #include <csignal>
+#include <future>
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -26,58 +27,42 @@ bool becomesDead(pid_t pid)
 {
     for (int i = 0; i < 200; ++i, QThread::msleep(10)) {
         QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-        if (!stat.open(QIODevice::ReadOnly))
-            return true;
-        const QByteArray line = stat.readAll();
-        if (line.mid(line.lastIndexOf(')') + 2, 1) == "Z")
+        const QByteArray line = stat.open(QIODevice::ReadOnly) ? stat.readAll() : QByteArray();
+        if (line.isEmpty() || line.mid(line.lastIndexOf(')') + 2, 1) == "Z")
             return true;
     }
     return false;
 }
-
-// Gives this process a standard input with a line waiting that never ends: a
-// child that inherited it instead of the null device would read the line.
-struct InputWaiting {
-    int saved = ::dup(STDIN_FILENO);
-    int fds[2] = {-1, -1};
-    bool ready = ::pipe(fds) == 0 && ::write(fds[1], "input\n", 6) == 6 && ::dup2(fds[0], STDIN_FILENO) == 0;
-    ~InputWaiting()
-    {
-        ::dup2(saved, STDIN_FILENO);
-        for (int fd : {saved, fds[0], fds[1]})
-            ::close(fd);
-    }
-};
 
 } // namespace
 
 class TestShell : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    // This process gets a standard input with a line waiting that never ends:
+    // a child that inherited it instead of the null device would read the line.
+    void initTestCase()
+    {
+        int fds[2];
+        QVERIFY(::pipe(fds) == 0 && ::write(fds[1], "input\n", 6) == 6 && ::dup2(fds[0], STDIN_FILENO) == 0);
+    }
+
     void outcomes_data()
     {
         QTest::addColumn<QString>("code");
-        QTest::addColumn<double>("timeout");
-        QTest::addColumn<Output>("expected");
-        QTest::newRow("exit code, no output") << "exit 3" << 10.0 << Output{3, {}, {}, false};
-        QTest::newRow("both streams") << "printf out; printf err >&2" << 10.0 << Output{0, "out", "err", false};
-        QTest::newRow("arguments unchanged") << "printf '%s|' \"$@\"" << 10.0 << Output{0, "a b||*|$HOME|", {}, false};
-        QTest::newRow("input at its end") << "read x || echo eof; cat" << 10.0 << Output{0, "eof\n", {}, false};
-        QTest::newRow("invalid UTF-8") << "printf 'a\\377b'" << 10.0 << Output{0, "a\uFFFDb", {}, false};
-        QTest::newRow("abort") << "ulimit -c 0; echo before; kill -ABRT $$" << 10.0 << Output{6, "before\n", {}, false};
-        QTest::newRow("other signal") << "ulimit -c 0; kill -5 $$" << 10.0 << Output{5, {}, {}, false};
-        QTest::newRow("past the limit") << "echo started; exec sleep 30" << 0.5 << Output{9, "started\n", {}, true};
-        QTest::newRow("outputs closed, still running") << "exec >&- 2>&-; sleep 30" << 0.5 << Output{9, {}, {}, true};
-        QTest::newRow("background keeps stdout open") << "sleep 30 & echo hi" << 20.0 << Output{0, "hi\n", {}, false};
+        QTest::addColumn<Output>("expected"); // a run expected to time out gets half a second
+        QTest::newRow("both streams, exit code") << "printf out; printf err >&2; exit 3" << Output{3, "out", "err", false};
+        QTest::newRow("arguments unchanged") << "printf '%s|' \"$@\"" << Output{0, "a b||*|$HOME|", {}, false};
+        QTest::newRow("input at its end") << "read x || echo eof; cat" << Output{0, "eof\n", {}, false};
+        QTest::newRow("signal, output kept") << "ulimit -c 0; echo before; kill -ABRT $$" << Output{6, "before\n", {}, false};
+        QTest::newRow("past the limit") << "echo started; exec sleep 30" << Output{9, "started\n", {}, true};
+        QTest::newRow("outputs closed, still running") << "exec >&- 2>&-; sleep 30" << Output{9, {}, {}, true};
     }
     void outcomes()
     {
         QFETCH(QString, code);
-        QFETCH(double, timeout);
         QFETCH(Output, expected);
-        InputWaiting input;
-        QVERIFY(input.ready);
-        const Output output = script(code, timeout, {"a b", "", "*", "$HOME"});
+        const Output output = script(code, expected.timedOut ? 0.5 : 10, {"a b", "", "*", "$HOME"});
         QCOMPARE(output.standardOutput, expected.standardOutput);
         QCOMPARE(output.standardError, expected.standardError);
         QCOMPARE(output.status, expected.status);
@@ -86,11 +71,7 @@ private Q_SLOTS:
 
     void endlessOutput()
     {
-        QElapsedTimer timer;
-        timer.start();
         const Output output = script("exec yes", 1);
-        QVERIFY(timer.elapsed() >= 1000);
-        QCOMPARE(output.status, SIGKILL);
         QVERIFY(output.timedOut);
         // Kept whole up to the cap, then at most one more chunk and what the pipe held.
         const qsizetype size = output.standardOutput.size();
@@ -136,11 +117,9 @@ private Q_SLOTS:
             saved.append({name, qgetenv(name.constData())});
             setting.contains('=') ? qputenv(name.constData(), setting.mid(name.size() + 1)) : qunsetenv(name.constData());
         }
-        const QStringList own = Shell::environment();
         const Output output = Shell::run("/usr/bin/env", {}, std::nullopt, 10);
         for (const auto &[name, value] : saved)
             value.isNull() ? qunsetenv(name.constData()) : qputenv(name.constData(), value);
-        QCOMPARE(own, expected);
         QCOMPARE(output.standardOutput.split('\n', Qt::SkipEmptyParts), expected);
     }
 
@@ -149,7 +128,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("executable");
         QTest::addColumn<QString>("directory"); // empty: none given
         QTest::addColumn<int>("error");
-        QTest::newRow("missing program") << "/nonexistent/program" << QString() << ENOENT;
         QTest::newRow("not executable") << "/etc/passwd" << QString() << EACCES;
         QTest::newRow("no PATH search") << "sh" << QString() << ENOENT;
         QTest::newRow("missing directory") << "/bin/sh" << "/nonexistent/directory" << ENOENT;
@@ -172,7 +150,6 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         QCOMPARE(Shell::run("/bin/pwd", {"-P"}, dir.path(), 10).standardOutput, QDir(dir.path()).canonicalPath() + '\n');
-        QCOMPARE(Shell::run("/bin/pwd", {"-P"}, std::nullopt, 10).standardOutput, QDir::current().canonicalPath() + '\n');
     }
 
     // Each run gets its own output, and children hold only their three standard
@@ -180,21 +157,15 @@ private Q_SLOTS:
     void concurrentRuns()
     {
         const int stray = ::open("/dev/null", O_RDONLY); // deliberately without close-on-exec
-        QList<Output> outputs(6);
-        QList<QThread *> threads;
-        for (int i = 0; i < outputs.size(); ++i) {
-            threads.append(QThread::create([&outputs, i] {
-                outputs[i] = script("for n in 1 2 3 4 5 6 7 8; do echo \"$1\"; done;"
-                                    "ls -l /proc/self/fd | grep -c -e pipe: -e /dev/null", 20, {QString::number(i)});
+        std::vector<std::future<Output>> runs;
+        for (int i = 0; i < 6; ++i)
+            runs.push_back(std::async(std::launch::async, [i] {
+                return script("for n in 1 2 3 4 5 6 7 8; do echo \"$1\"; done;"
+                              "ls -l /proc/self/fd | grep -c -e pipe: -e /dev/null", 20, {QString::number(i)});
             }));
-            threads.last()->start();
-        }
-        for (QThread *thread : threads)
-            thread->wait();
-        qDeleteAll(threads);
+        for (int i = 0; i < 6; ++i)
+            QCOMPARE(runs[i].get().standardOutput, QString(QString::number(i) + '\n').repeated(8) + "3\n");
         ::close(stray);
-        for (int i = 0; i < outputs.size(); ++i)
-            QCOMPARE(outputs[i].standardOutput, QString(QString::number(i) + '\n').repeated(8) + "3\n");
     }
 
     // Also what the child started in the background, whether it exits or is killed.
