@@ -1,7 +1,7 @@
 // Test helper. "progresswriter FILE" keeps changing and saving the progress
 // in FILE until it is killed, printing "written N" after each finished write.
-// "progresswriter --quit FILE TEXT" saves TEXT as code and quits at once,
-// ending the process without destroying the store.
+// "progresswriter --quit TEXT" saves TEXT as code in the default progress
+// file and quits at once, ending the process without destroying the store.
 #include "progressstore.h"
 
 #include <QCoreApplication>
@@ -16,9 +16,9 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
 
-    if (args.size() == 4 && args.at(1) == QLatin1String("--quit")) {
-        auto *store = new ProgressStore(args.at(2));
-        store->setCode(args.at(3), QStringLiteral("quit"));
+    if (args.size() == 3 && args.at(1) == QLatin1String("--quit")) {
+        auto *store = new ProgressStore();
+        store->setCode(args.at(2), QStringLiteral("quit"));
         QTimer::singleShot(0, &app, &QCoreApplication::quit);
         app.exec();
         std::_Exit(0);

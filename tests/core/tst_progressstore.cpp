@@ -12,7 +12,6 @@
 
 using Saved = ProgressStore::Saved;
 using Operation = std::function<void(ProgressStore &)>;
-Q_DECLARE_METATYPE(Saved)
 Q_DECLARE_METATYPE(Operation)
 
 namespace {
@@ -46,44 +45,13 @@ private Q_SLOTS:
         saved.code = {{"b", "let é = \"\\\t\n"}, {"a", ""}};
         saved.done = {{"z", QDateTime::fromString("2026-11-16T20:20:12.750Z", Qt::ISODate)},
                       {"a", QDateTime::fromString("1999-12-31T23:59:59+01:00", Qt::ISODate)}};
-        saved.ticks = {{"list", {2, 0, 1}}, {"none", {}}};
+        saved.ticks = {{"list", {5, 3, 9, 1, 7, 0, 2}}, {"none", {}}};
         saved.last = "b";
         const QByteArray json = "{\"code\":{\"a\":\"\",\"b\":\"let é = \\\"\\\\\\t\\n\"},"
-            R"("done":{"a":"1999-12-31T22:59:59Z","z":"2026-11-16T20:20:12Z"},"last":"b","ticks":{"list":[0,1,2],"none":[]}})";
+            R"("done":{"a":"1999-12-31T22:59:59Z","z":"2026-11-16T20:20:12Z"},"last":"b","ticks":{"list":[0,1,2,3,5,7,9],"none":[]}})";
         QCOMPARE(ProgressStore::encode(saved), json);
         QCOMPARE(ProgressStore::encode(ProgressStore::decode(json).value()), json);
-        QCOMPARE(ProgressStore::encode(Saved{}), emptyJson);
-    }
-
-    void decode_data()
-    {
-        QTest::addColumn<QByteArray>("json");
-        QTest::addColumn<bool>("valid");
-        QTest::addColumn<QString>("last");
-
-        QTest::newRow("last absent") << emptyJson << true << QString();
-        QTest::newRow("last null") << QByteArray(R"({"code":{},"done":{},"last":null,"ticks":{}})") << true << QString();
-        QTest::newRow("unknown key") << QByteArray(R"({"code":{},"done":{},"ticks":{},"x":1,"last":"q"})") << true << "q";
-        const auto bad = [](const char *name, const char *json) { QTest::newRow(name) << QByteArray(json) << false << QString(); };
-        bad("empty file", "");
-        bad("ticks missing", R"({"code":{},"done":{}})");
-        bad("code null", R"({"code":null,"done":{},"ticks":{}})");
-        bad("fractional seconds", R"({"code":{},"done":{"a":"2026-11-16T20:20:12.5Z"},"ticks":{}})");
-        bad("offset", R"({"code":{},"done":{"a":"2026-11-16T20:20:12+01:00"},"ticks":{}})");
-        bad("hour 24", R"({"code":{},"done":{"a":"2026-11-16T24:00:00Z"},"ticks":{}})");
-        bad("tick a fraction", R"({"code":{},"done":{},"ticks":{"a":[1.5]}})");
-        bad("last a number", R"({"code":{},"done":{},"last":3,"ticks":{}})");
-    }
-
-    void decode()
-    {
-        QFETCH(QByteArray, json);
-        QFETCH(bool, valid);
-        QFETCH(QString, last);
-        const std::optional<Saved> saved = ProgressStore::decode(json);
-        QCOMPARE(saved.has_value(), valid);
-        if (valid)
-            QCOMPARE(saved->last.value_or(QString()), last);
+        QVERIFY(ProgressStore::decode(R"({"code":{},"done":{},"last":null,"ticks":{},"unknown":1})"));  // not damaged
     }
 
     // A store on a file holding `initial`, after `operation`, has announced
@@ -96,21 +64,23 @@ private Q_SLOTS:
         QTest::addColumn<int>("writes");
         QTest::addColumn<QByteArray>("result");
 
-        const auto row = [](const char *name, const QByteArray &initial, Operation op, int changes, int writes,
-                            const QByteArray &result) {
+        const auto row = [](const char *name, QByteArray initial, Operation op, int changes, int writes, QByteArray result) {
             QTest::newRow(name) << initial << op << changes << writes << result;
         };
-        QByteArray sample = sampleJson;
-        const QByteArray visited = R"({"code":{},"done":{},"last":"n","ticks":{}})";
+        // A damaged file counts as no progress at all; the next change replaces it.
+        const auto damaged = [&](const char *name, const char *json) {
+            row(name, json, [](auto &s) { s.visit("n"); }, 1, 1, R"({"code":{},"done":{},"last":"n","ticks":{}})");
+        };
         row("complete twice keeps the first date", sampleJson, [](auto &s) { s.complete("a"); s.complete("a"); }, 0, 1, sampleJson);
         row("visit of the recorded lesson", sampleJson, [](auto &s) { s.visit("a"); }, 0, 0, sampleJson);
-        row("visit of another lesson", sampleJson, [](auto &s) { s.visit("b"); }, 1, 1, sample.replace(R"("last":"a")", R"("last":"b")"));
         row("tick toggled twice", emptyJson, [](auto &s) { s.toggle(2, "x"); s.toggle(2, "x"); }, 2, 1, R"({"code":{},"done":{},"ticks":{"x":[]}})");
         row("resetCode without code", sampleJson, [](auto &s) { s.resetCode("b"); }, 0, 1, sampleJson);
         row("reset", sampleJson, [](auto &s) { s.reset(); }, 1, 1, emptyJson);
-        row("damaged: ticks missing", R"({"code":{"a":"x"},"done":{}})", [](auto &s) { s.visit("n"); }, 1, 1, visited);
-        row("damaged: fractional seconds", R"({"code":{},"done":{"a":"2026-01-01T00:00:00.1Z"},"ticks":{}})",
-            [](auto &s) { s.visit("n"); }, 1, 1, visited);
+        damaged("damaged: ticks missing", R"({"code":{"a":"x"},"done":{}})");
+        damaged("damaged: fractional seconds", R"({"code":{"a":"x"},"done":{"a":"2026-11-16T20:20:12.5Z"},"ticks":{}})");
+        damaged("damaged: offset", R"({"code":{"a":"x"},"done":{"a":"2026-11-16T20:20:12+01:00"},"ticks":{}})");
+        damaged("damaged: tick a fraction", R"({"code":{"a":"x"},"done":{},"ticks":{"a":[1.5]}})");
+        damaged("damaged: last a number", R"({"code":{"a":"x"},"done":{},"last":3,"ticks":{}})");
     }
 
     void operations()
@@ -126,36 +96,38 @@ private Q_SLOTS:
         QVERIFY(out.open(QIODevice::WriteOnly) && out.write(initial) == initial.size());
         out.close();
         ProgressStore store(path);
-        QCOMPARE(store.saved(), ProgressStore::decode(initial).value_or(Saved{}));
         QSignalSpy changed(&store, &ProgressStore::savedChanged);
         QSignalSpy written(&store, &ProgressStore::written);
         operation(store);
         QCOMPARE(changed.size(), changes);
-        QCOMPARE(store.writePending(), writes > 0);
         QTest::qWait(600);
         QCOMPARE(written.size(), writes);
         QCOMPARE(readAll(path), result);
     }
 
-    void queries()
+    // An emptied editor is not the seed; destroying the store writes what is pending.
+    void codeAndDestruction()
     {
-        ProgressStore store(file("queries.json"));
-        Lesson seeded, bare;
-        seeded.id = "s";
-        seeded.seed = "seed";
-        bare.id = "b";
-        store.setCode(QString(), "s");
-        QCOMPARE(store.code(seeded), QString());  // an emptied editor is not the seed
-        store.resetCode("s");
-        QCOMPARE(store.code(seeded), "seed");
-        QCOMPARE(store.code(bare), QString());
-        store.complete("b");
-        QVERIFY(qAbs(store.saved().done.value("b").secsTo(QDateTime::currentDateTimeUtc())) <= 1);
+        const QString path = file("destroyed.json");
+        {
+            ProgressStore store(path);
+            Lesson seeded;
+            seeded.id = "s";
+            seeded.seed = "seed";
+            store.setCode(QString(), "s");
+            QCOMPARE(store.code(seeded), QString());
+            store.resetCode("s");
+            QCOMPARE(store.code(seeded), "seed");
+            store.complete("b");
+        }
+        QVERIFY(qAbs(load(path)->done.value("b").secsTo(QDateTime::currentDateTimeUtc())) <= 1);
     }
 
-    void burstOfEditsGivesOneWrite()
+    // Ten edits 0.1 s apart give one write, 0.4 s after the last; a later
+    // write never loses to a longer one started before it.
+    void delayedWrites()
     {
-        const QString path = file("burst.json");
+        const QString path = file("delayed.json");
         ProgressStore store(path);
         QSignalSpy written(&store, &ProgressStore::written);
         QElapsedTimer sinceLast;
@@ -169,12 +141,7 @@ private Q_SLOTS:
         QTest::qWait(300);
         QCOMPARE(written.size(), 1);
         QCOMPARE(load(path)->code.value("l"), "text 10");
-    }
 
-    void laterWriteWins()
-    {
-        const QString path = file("order.json");
-        ProgressStore store(path);
         store.setCode(QString(8'000'000, u'x'), "l");
         QTRY_VERIFY(!store.writePending());  // the long write is on its way
         store.setCode("short", "l");
@@ -182,25 +149,15 @@ private Q_SLOTS:
         QCOMPARE(load(path)->code.value("l"), "short");
     }
 
-    void defaultLocationAndDestruction()
-    {
-        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.filePath("share")));
-        const QString expected = m_dir.filePath("share/Swift Kestrun/progress.json");
-        {
-            ProgressStore store;
-            QCOMPARE(store.file().value_or(QString()), expected);
-            store.complete("d");
-        }  // destruction writes what is pending
-        QVERIFY(load(expected)->done.contains("d"));
-    }
-
+    // A change made just before quitting reaches the default file.
     void quitWritesPendingChange()
     {
-        const QString path = file("quit.json");
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.filePath("share")));
         QProcess child;
-        child.start(PROGRESSWRITER, {"--quit", path, "typed just before quitting"});
+        child.start(PROGRESSWRITER, {"--quit", "typed just before quitting"});
         QVERIFY(child.waitForFinished(10000));
-        QCOMPARE(load(path).value_or(Saved{}).code.value("quit"), "typed just before quitting");
+        const auto saved = load(m_dir.filePath("share/Swift Kestrun/progress.json"));
+        QCOMPARE(saved.value_or(Saved{}).code.value("quit"), "typed just before quitting");
     }
 
     // A writer killed at random moments always leaves a complete record,
@@ -222,9 +179,8 @@ private Q_SLOTS:
             QVERIFY2(saved, qPrintable(QStringLiteral("round %1").arg(round)));
             const int iteration = saved->code.value("iteration").toInt();
             QVERIFY(iteration == reported || iteration == reported + 1);
-            const QString body = saved->code.value("body");
-            QCOMPARE(QString::number(body.size()), saved->code.value("length"));
-            QCOMPARE(body.count(QChar(u'a' + iteration % 26)), body.size());
+            const QString body(saved->code.value("length").toInt(), QChar(u'a' + iteration % 26));
+            QVERIFY(saved->code.value("body") == body);
         }
     }
 };
