@@ -103,9 +103,16 @@ ProgressStore::ProgressStore(std::optional<QString> file, QObject *parent)
     QFile stored(*m_file);
     if (!stored.open(QIODevice::ReadOnly))
         return;
-    // A damaged file counts as no progress; the next change replaces it.
-    if (std::optional<Saved> loaded = decode(stored.readAll()))
+    // A damaged file counts as no progress and the next change replaces it,
+    // so keep a copy beside it: the learner's work may still be in there.
+    if (std::optional<Saved> loaded = decode(stored.readAll())) {
         m_saved = std::move(*loaded);
+    } else {
+        const QString copy = *m_file + QStringLiteral(".damaged");
+        QFile::remove(copy);
+        if (!stored.copy(copy))
+            qWarning("Could not keep a copy of the damaged progress file %s", qPrintable(*m_file));
+    }
 }
 
 ProgressStore::~ProgressStore()

@@ -67,7 +67,8 @@ private Q_SLOTS:
         const auto row = [](const char *name, QByteArray initial, Operation op, int changes, int writes, QByteArray result) {
             QTest::newRow(name) << initial << op << changes << writes << result;
         };
-        // A damaged file counts as no progress at all; the next change replaces it.
+        // A damaged file counts as no progress at all; the next change replaces it
+        // and a copy of it is kept aside.
         const auto damaged = [&](const char *name, const char *json) {
             row(name, json, [](auto &s) { s.visit("n"); }, 1, 1, R"({"code":{},"done":{},"last":"n","ticks":{}})");
         };
@@ -92,6 +93,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, result);
 
         const QString path = file("operations.json");
+        QFile::remove(path + ".damaged");
         QFile out(path);
         QVERIFY(out.open(QIODevice::WriteOnly) && out.write(initial) == initial.size());
         out.close();
@@ -103,6 +105,8 @@ private Q_SLOTS:
         QTest::qWait(600);
         QCOMPARE(written.size(), writes);
         QCOMPARE(readAll(path), result);
+        const bool damaged = QByteArray(QTest::currentDataTag()).startsWith("damaged");
+        QCOMPARE(readAll(path + ".damaged"), damaged ? initial : QByteArray());
     }
 
     // An emptied editor is not the seed; destroying the store writes what is pending.
