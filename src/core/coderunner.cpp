@@ -2,10 +2,7 @@
 
 #include "runner.h"
 
-#include <QPromise>
-#include <QThreadPool>
-
-#include <memory>
+#include <QtConcurrentRun>
 
 LocalRunner::LocalRunner(Toolchain toolchain)
     : m_toolchain(std::move(toolchain))
@@ -14,12 +11,7 @@ LocalRunner::LocalRunner(Toolchain toolchain)
 
 QFuture<RunResult> LocalRunner::run(const Lesson &lesson, const QString &code) const
 {
-    auto promise = std::make_shared<QPromise<RunResult>>();
-    QFuture<RunResult> future = promise->future();
-    promise->start();
-    QThreadPool::globalInstance()->start([promise, lesson, code, toolchain = m_toolchain] {
-        promise->addResult(Runner::check(lesson, code, toolchain, runTimeout));
-        promise->finish();
+    return QtConcurrent::run([lesson, code, toolchain = m_toolchain] {
+        return Runner::check(lesson, code, toolchain, runTimeout);
     });
-    return future;
 }

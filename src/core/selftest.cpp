@@ -1,5 +1,6 @@
 #include "selftest.h"
 
+#include "coderunner.h"
 #include "resources.h"
 #include "runner.h"
 #include "texts.h"
@@ -19,7 +20,6 @@ namespace SelfTest {
 
 namespace {
 
-constexpr double runLimit = 8;
 constexpr double loopProbeLimit = 2;
 
 void printToStandardOutput(const QString &line)
@@ -37,7 +37,7 @@ QStringList probe(const Course &course, const Toolchain &toolchain)
 
     QStringList problems;
     const RunResult crash = Runner::check(*lesson,
-        QStringLiteral("let language = \"Swift\"\nlet a: [Int] = []\nprint(a[1])"), toolchain, runLimit);
+        QStringLiteral("let language = \"Swift\"\nlet a: [Int] = []\nprint(a[1])"), toolchain, CodeRunner::runTimeout);
     if (!crash.crashed || !crash.crashReason.contains(QLatin1String("Index out of range")))
         problems.append(QStringLiteral("a crash was not reported"));
 
@@ -47,7 +47,7 @@ QStringList probe(const Course &course, const Toolchain &toolchain)
         problems.append(QStringLiteral("an endless loop was not stopped"));
 
     const RunResult error
-        = Runner::check(*lesson, QStringLiteral("let language = \"Swift\"\nlet n: Int = \"no\""), toolchain, runLimit);
+        = Runner::check(*lesson, QStringLiteral("let language = \"Swift\"\nlet n: Int = \"no\""), toolchain, CodeRunner::runTimeout);
     if (error.compiled || error.errors.isEmpty() || error.errors.first().line != 2)
         problems.append(QStringLiteral("a compiler error was not reported on line 2"));
     return problems;
@@ -160,7 +160,7 @@ QStringList checkLesson(const Lesson &lesson, const QHash<QString, QString> &sol
         return {lesson.id + QStringLiteral(": no solution")};
 
     QStringList problems;
-    const RunResult result = Runner::check(lesson, *solution, toolchain, runLimit);
+    const RunResult result = Runner::check(lesson, *solution, toolchain, CodeRunner::runTimeout);
     if (!result.passed()) {
         QStringList messages;
         for (const RunResult::CompilerError &e : result.errors)
@@ -173,7 +173,7 @@ QStringList checkLesson(const Lesson &lesson, const QHash<QString, QString> &sol
         problems.append(lesson.id + QStringLiteral(": the solution fails ") + quotedList(messages) + QLatin1Char(' ')
                         + quotedList(failing));
     }
-    if (lesson.seed && *lesson.seed != *solution && Runner::check(lesson, *lesson.seed, toolchain, runLimit).passed())
+    if (lesson.seed && *lesson.seed != *solution && Runner::check(lesson, *lesson.seed, toolchain, CodeRunner::runTimeout).passed())
         problems.append(lesson.id + QStringLiteral(": the starting code already passes"));
     return problems;
 }

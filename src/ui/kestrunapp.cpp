@@ -2,9 +2,7 @@
 
 #include "startup.h"
 
-#include <QFuture>
-#include <QPromise>
-#include <QThreadPool>
+#include <QtConcurrentRun>
 
 KestrunApp::KestrunApp(std::optional<QString> progressFile, QObject *parent)
     : QObject(parent)
@@ -16,14 +14,7 @@ KestrunApp::KestrunApp(std::optional<QString> progressFile, QObject *parent)
 
 void KestrunApp::findCompiler(ToolchainSearch search)
 {
-    auto promise = std::make_shared<QPromise<std::optional<Toolchain>>>();
-    QFuture<std::optional<Toolchain>> future = promise->future();
-    promise->start();
-    QThreadPool::globalInstance()->start([promise, search = std::move(search)] {
-        promise->addResult(search());
-        promise->finish();
-    });
-    future.then(this, [this](const std::optional<Toolchain> &toolchain) {
+    QtConcurrent::run(std::move(search)).then(this, [this](const std::optional<Toolchain> &toolchain) {
         const RunnerState state = StartUp::runnerState(toolchain);
         if (state.kind == RunnerState::Kind::ready)
             m_model->setRunner(std::make_shared<LocalRunner>(*toolchain));
