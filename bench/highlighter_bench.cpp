@@ -6,7 +6,7 @@
 //
 //   highlighter_bench [PYGMENTS_SCRIPT]
 
-#include "highlighter.h"
+#include "highlight/highlighter.h"
 
 #include <QFile>
 #include <QProcess>
@@ -18,6 +18,8 @@
 
 #ifdef __GLIBC__
 #include <malloc.h>
+
+using namespace Kestrun;
 #endif
 
 namespace {

@@ -4,8 +4,8 @@
 //
 //   runner_bench [RUNS]
 
-#include "runner.h"
-#include "shell.h"
+#include "runner/runner.h"
+#include "runner/shell.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -13,6 +13,8 @@
 
 #include <algorithm>
 #include <cstdio>
+
+using namespace Kestrun;
 
 namespace {
 

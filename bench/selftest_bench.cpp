@@ -3,12 +3,14 @@
 //
 //   selftest_bench
 
-#include "selftest.h"
+#include "selftest/selftest.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 
 #include <cstdio>
+
+using namespace Kestrun;
 
 int main(int argc, char *argv[])
 {

@@ -5,14 +5,16 @@
 //
 //   course_check COURSE.json SOLUTIONS.json [LESSON-ID...]
 
-#include "coderunner.h"
-#include "course.h"
-#include "runner.h"
-#include "selftest.h"
+#include "runner/coderunner.h"
+#include "course/course.h"
+#include "runner/runner.h"
+#include "selftest/selftest.h"
 
 #include <QCoreApplication>
 
 #include <cstdio>
+
+using namespace Kestrun;
 
 namespace {
 

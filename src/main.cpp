@@ -1,12 +1,14 @@
-#include "kestrunapp.h"
-#include "mainwindow.h"
-#include "selftest.h"
-#include "startup.h"
-#include "texts.h"
+#include "window/kestrunapp.h"
+#include "window/mainwindow.h"
+#include "selftest/selftest.h"
+#include "app/startup.h"
+#include "texts/texts.h"
 
 #include <QApplication>
 
 #include <cstdio>
+
+using namespace Kestrun;
 
 int main(int argc, char *argv[])
 {
@@ -27,8 +29,10 @@ int main(int argc, char *argv[])
     std::unique_ptr<KestrunApp> kestrun;
     try {
         kestrun = std::make_unique<KestrunApp>();
-    } catch (const Course::LoadError &) {
-        std::fputs(qPrintable(Texts::courseMissing + QLatin1Char('\n')), stderr);
+    } catch (const Course::LoadError &error) {
+        // The sentence for the learner, then what exactly failed for whoever helps them.
+        std::fputs(qPrintable(Texts::get(Text::courseMissing) + QLatin1Char('\n')), stderr);
+        std::fputs(qPrintable(error.message() + QLatin1Char('\n')), stderr);
         return EXIT_FAILURE;
     }
 

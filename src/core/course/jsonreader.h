@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QJsonValue>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <stdexcept>
+
+namespace Kestrun {
+
+// A decoding failure that names where in the document it happened,
+// for example "chapters[1].modules[0].lessons[3].hints: missing key".
+class JsonError : public std::runtime_error {
+public:
+    JsonError(const QString &path, const QString &problem);
+    QString path() const { return m_path; }
+    QString problem() const { return m_problem; }
+    QString message() const;
+
+private:
+    QString m_path;
+    QString m_problem;
+};
+
+// Strict, path-tracking access to a parsed JSON value. Every accessor throws
+// JsonError when a required key is missing, null or of the wrong JSON type.
+class JsonReader {
+public:
+    explicit JsonReader(const QJsonValue &value, const QString &path = {});
+
+    // Parses a whole document; invalid JSON throws a JsonError at the root.
+    static QJsonValue parse(const QByteArray &json);
+
+    QString path() const { return m_path; }
+    const QJsonValue &value() const { return m_value; }
+
+    JsonReader at(const QString &key) const;  // the value must be present and not null
+    bool has(const QString &key) const;       // present and not null
+
+    QString string(const QString &key) const;
+    std::optional<QString> optionalString(const QString &key) const;
+    qint64 integer(const QString &key) const;
+    bool boolean(const QString &key) const;
+    QStringList strings(const QString &key) const;
+    QList<JsonReader> array(const QString &key) const;
+    QList<JsonReader> elements() const;  // this value must be an array
+    QJsonObject object() const;          // this value must be an object
+
+    QString toString() const;  // this value must be a string
+    qint64 toInteger() const;  // this value must be an integral number
+
+    [[noreturn]] void fail(const QString &problem) const;
+
+private:
+    QString childPath(const QString &key) const;
+    static QString describe(const QJsonValue &value);
+
+    QJsonValue m_value;
+    QString m_path;
+};
+
+} // namespace Kestrun

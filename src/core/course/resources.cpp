@@ -1,0 +1,39 @@
+#include "resources.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
+namespace Kestrun::Resources {
+
+QStringList searchPath()
+{
+    // The application directory is only known once the application object exists.
+    if (!QCoreApplication::instance())
+        return {};
+    QStringList dirs;
+    QDir dir(QCoreApplication::applicationDirPath());
+#ifdef Q_OS_MACOS
+    dirs.append(QDir::cleanPath(dir.absoluteFilePath(QStringLiteral("../Resources"))));
+#endif
+    // Installed as <prefix>/bin and <prefix>/share/kestrun. A build tree links
+    // its share/kestrun to the source tree's Resources/, and its programs sit
+    // one or more folders below the build tree's top.
+    for (int up = 0; up < 4 && dir.cdUp(); ++up)
+        dirs.append(dir.absoluteFilePath(QStringLiteral("share/kestrun")));
+    return dirs;
+}
+
+std::optional<QString> url(const QString &name)
+{
+    if (name.isEmpty())
+        return std::nullopt;
+    for (const QString &dir : searchPath()) {
+        const QFileInfo file(dir + QLatin1Char('/') + name);
+        if (file.isFile())
+            return file.absoluteFilePath();
+    }
+    return std::nullopt;
+}
+
+} // namespace Kestrun::Resources

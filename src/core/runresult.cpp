@@ -1,9 +1,0 @@
-#include "runresult.h"
-
-#include <algorithm>
-
-bool RunResult::passed() const
-{
-    return compiled && !timedOut && !tests.isEmpty()
-        && std::all_of(tests.begin(), tests.end(), [](const TestResult &t) { return t.passed; });
-}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "app/appmodel.h"
+#include "app/starttask.h"
+#include "progress/progressstore.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+
+namespace Kestrun {
+
+// The application object: builds, in order, the course, the progress store
+// and the one model, and keeps them for the life of the process.
+class KestrunApp : public QObject {
+    Q_OBJECT
+
+public:
+    // Throws Course::LoadError when the course cannot be loaded. With no
+    // progress file the store uses its default location.
+    explicit KestrunApp(std::optional<QString> progressFile = std::nullopt, QObject *parent = nullptr);
+
+    AppModel &model() { return *m_model; }
+
+    // Starts the start task (StartTask) once; later calls do nothing.
+    void findCompiler(StartTask::Search search = &Toolchain::find);
+
+private:
+    std::unique_ptr<ProgressStore> m_progress;
+    std::unique_ptr<AppModel> m_model;
+    std::unique_ptr<StartTask> m_startTask;
+};
+
+} // namespace Kestrun

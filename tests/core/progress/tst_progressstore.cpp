@@ -1,0 +1,195 @@
+#include "progress/progressstore.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <functional>
+
+using namespace Kestrun;
+
+using Saved = ProgressStore::Saved;
+using Operation = std::function<void(ProgressStore &)>;
+Q_DECLARE_METATYPE(Operation)
+
+namespace {
+
+QByteArray readAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+std::optional<Saved> load(const QString &path)
+{
+    return ProgressStore::decode(readAll(path));
+}
+
+const QByteArray emptyJson = R"({"code":{},"done":{},"ticks":{}})";
+const QByteArray sampleJson = R"({"code":{"a":"let x = 1\n"},"done":{"a":"2020-01-02T03:04:05Z"},"last":"a","ticks":{"c":[1]}})";
+
+} // namespace
+
+class TestProgressStore : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString file(const char *name) const { return m_dir.filePath(QString::fromLatin1(name)); }
+
+private Q_SLOTS:
+    void encode()
+    {
+        Saved saved;
+        saved.code = {{"b", "let é = \"\\\t\n"}, {"a", ""}};
+        saved.done = {{"z", QDateTime::fromString("2026-11-16T20:20:12.750Z", Qt::ISODate)},
+                      {"a", QDateTime::fromString("1999-12-31T23:59:59+01:00", Qt::ISODate)}};
+        saved.ticks = {{"list", {5, 3, 9, 1, 7, 0, 2}}, {"none", {}}};
+        saved.last = "b";
+        const QByteArray json = "{\"code\":{\"a\":\"\",\"b\":\"let é = \\\"\\\\\\t\\n\"},"
+            R"("done":{"a":"1999-12-31T22:59:59Z","z":"2026-11-16T20:20:12Z"},"last":"b","ticks":{"list":[0,1,2,3,5,7,9],"none":[]}})";
+        QCOMPARE(ProgressStore::encode(saved), json);
+        QCOMPARE(ProgressStore::encode(ProgressStore::decode(json).value()), json);
+        QVERIFY(ProgressStore::decode(R"({"code":{},"done":{},"last":null,"ticks":{},"unknown":1})"));  // not damaged
+    }
+
+    // A store on a file holding `initial`, after `operation`, has announced
+    // `changes` changes, written `writes` times, and left `result` on disk.
+    void operations_data()
+    {
+        QTest::addColumn<QByteArray>("initial");
+        QTest::addColumn<Operation>("operation");
+        QTest::addColumn<int>("changes");
+        QTest::addColumn<int>("writes");
+        QTest::addColumn<QByteArray>("result");
+
+        const auto row = [](const char *name, QByteArray initial, Operation op, int changes, int writes, QByteArray result) {
+            QTest::newRow(name) << initial << op << changes << writes << result;
+        };
+        // A damaged file counts as no progress at all; the next change replaces it
+        // and a copy of it is kept aside.
+        const auto damaged = [&](const char *name, const char *json) {
+            row(name, json, [](auto &s) { s.visit("n"); }, 1, 1, R"({"code":{},"done":{},"last":"n","ticks":{}})");
+        };
+        row("complete twice keeps the first date", sampleJson, [](auto &s) { s.complete("a"); s.complete("a"); }, 0, 1, sampleJson);
+        row("visit of the recorded lesson", sampleJson, [](auto &s) { s.visit("a"); }, 0, 0, sampleJson);
+        row("tick toggled twice", emptyJson, [](auto &s) { s.toggle(2, "x"); s.toggle(2, "x"); }, 2, 1, R"({"code":{},"done":{},"ticks":{"x":[]}})");
+        row("resetCode without code", sampleJson, [](auto &s) { s.resetCode("b"); }, 0, 1, sampleJson);
+        row("reset", sampleJson, [](auto &s) { s.reset(); }, 1, 1, emptyJson);
+        damaged("damaged: ticks missing", R"({"code":{"a":"x"},"done":{}})");
+        damaged("damaged: fractional seconds", R"({"code":{"a":"x"},"done":{"a":"2026-11-16T20:20:12.5Z"},"ticks":{}})");
+        damaged("damaged: offset", R"({"code":{"a":"x"},"done":{"a":"2026-11-16T20:20:12+01:00"},"ticks":{}})");
+        damaged("damaged: tick a fraction", R"({"code":{"a":"x"},"done":{},"ticks":{"a":[1.5]}})");
+        damaged("damaged: last a number", R"({"code":{"a":"x"},"done":{},"last":3,"ticks":{}})");
+    }
+
+    void operations()
+    {
+        QFETCH(QByteArray, initial);
+        QFETCH(Operation, operation);
+        QFETCH(int, changes);
+        QFETCH(int, writes);
+        QFETCH(QByteArray, result);
+
+        const QString path = file("operations.json");
+        QFile::remove(path + ".damaged");
+        QFile out(path);
+        QVERIFY(out.open(QIODevice::WriteOnly) && out.write(initial) == initial.size());
+        out.close();
+        ProgressStore store(path);
+        QSignalSpy changed(&store, &ProgressStore::savedChanged);
+        QSignalSpy written(&store, &ProgressStore::written);
+        operation(store);
+        QCOMPARE(changed.size(), changes);
+        QTest::qWait(600);
+        QCOMPARE(written.size(), writes);
+        QCOMPARE(readAll(path), result);
+        const bool damaged = QByteArray(QTest::currentDataTag()).startsWith("damaged");
+        QCOMPARE(readAll(path + ".damaged"), damaged ? initial : QByteArray());
+    }
+
+    // An emptied editor is not the seed; destroying the store writes what is pending.
+    void codeAndDestruction()
+    {
+        const QString path = file("destroyed.json");
+        {
+            ProgressStore store(path);
+            Lesson seeded;
+            seeded.id = "s";
+            seeded.seed = "seed";
+            store.setCode(QString(), "s");
+            QCOMPARE(store.code(seeded), QString());
+            store.resetCode("s");
+            QCOMPARE(store.code(seeded), "seed");
+            store.complete("b");
+        }
+        QVERIFY(qAbs(load(path)->done.value("b").secsTo(QDateTime::currentDateTimeUtc())) <= 1);
+    }
+
+    // Ten edits 0.1 s apart give one write, 0.4 s after the last; a later
+    // write never loses to a longer one started before it.
+    void delayedWrites()
+    {
+        const QString path = file("delayed.json");
+        ProgressStore store(path);
+        QSignalSpy written(&store, &ProgressStore::written);
+        QElapsedTimer sinceLast;
+        for (int i = 1; i <= 10; ++i) {
+            QTest::qWait(i == 1 ? 0 : 100);
+            sinceLast.start();
+            store.setCode(QStringLiteral("text %1").arg(i), "l");
+        }
+        QVERIFY(written.wait(2000));
+        QVERIFY2(sinceLast.elapsed() >= 380, qPrintable(QString::number(sinceLast.elapsed())));
+        QTest::qWait(300);
+        QCOMPARE(written.size(), 1);
+        QCOMPARE(load(path)->code.value("l"), "text 10");
+
+        store.setCode(QString(8'000'000, u'x'), "l");
+        QTRY_VERIFY(!store.writePending());  // the long write is on its way
+        store.setCode("short", "l");
+        store.flush();
+        QCOMPARE(load(path)->code.value("l"), "short");
+    }
+
+    // A change made just before quitting reaches the default file.
+    void quitWritesPendingChange()
+    {
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_dir.filePath("share")));
+        QProcess child;
+        child.start(PROGRESSWRITER, {"--quit", "typed just before quitting"});
+        QVERIFY(child.waitForFinished(10000));
+        const auto saved = load(m_dir.filePath("share/Swift Kestrun/progress.json"));
+        QCOMPARE(saved.value_or(Saved{}).code.value("quit"), "typed just before quitting");
+    }
+
+    // A writer killed at random moments always leaves a complete record,
+    // at least as new as the last write it reported.
+    void survivesKill()
+    {
+        const QString path = file("killed.json");
+        QVERIFY(ProgressStore::write(Saved{}, path));
+        for (int round = 0; round < 50; ++round) {
+            QProcess child;
+            child.start(PROGRESSWRITER, {path});
+            QVERIFY(child.waitForReadyRead(10000));
+            QTest::qWait(QRandomGenerator::global()->bounded(40));
+            child.kill();
+            QVERIFY(child.waitForFinished());
+            const int reported = child.readAllStandardOutput().trimmed().split('\n').last().mid(8).toInt();
+
+            const std::optional<Saved> saved = load(path);
+            QVERIFY2(saved, qPrintable(QStringLiteral("round %1").arg(round)));
+            const int iteration = saved->code.value("iteration").toInt();
+            QVERIFY(iteration == reported || iteration == reported + 1);
+            const QString body(saved->code.value("length").toInt(), QChar(u'a' + iteration % 26));
+            QVERIFY(saved->code.value("body") == body);
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(TestProgressStore)
+#include "tst_progressstore.moc"
