@@ -21,7 +21,7 @@ RunnerState runnerState(const std::optional<Toolchain> &toolchain)
     if (!toolchain)
         return RunnerState::unavailable(Texts::get(Text::noCompiler));
     const QString &v = toolchain->version;
-    if (compareVersions(v, QStringLiteral("6.2")) < 0)
+    if (compareVersions(v, Toolchain::minimumVersion) < 0)
         return RunnerState::unavailable(Texts::get(Text::compilerTooOld).arg(v));
     if (compareVersions(v, QStringLiteral("6.4")) < 0)
         return RunnerState::ready(Texts::get(Text::compilerBelow64).arg(v));

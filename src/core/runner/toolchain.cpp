@@ -111,18 +111,30 @@ std::optional<Toolchain> Toolchain::findInSandbox(const AppleTools &tools)
 
 std::optional<Toolchain> Toolchain::findInDirectories(const QStringList &directories)
 {
+    // An old distribution swiftc in /usr/bin must not hide a newer toolchain
+    // further down the list: the first one the course can use wins.
+    std::optional<Toolchain> first;
+    QStringList seen;
     for (const QString &directory : directories) {
         if (!QDir::isAbsolutePath(directory))
             continue;
         const QString swiftc = QDir::cleanPath(directory + QStringLiteral("/swiftc"));
         if (!isExecutableFile(swiftc))
             continue;
+        const QString file = QFileInfo(swiftc).canonicalFilePath();
+        if (seen.contains(file))
+            continue;
+        seen.append(file);
         const std::optional<QString> version = versionOf(swiftc);
         if (!version)
             continue;
-        return Toolchain{swiftc, QString(), *version, std::nullopt};
+        const Toolchain found{swiftc, QString(), *version, std::nullopt};
+        if (compareVersions(found.version, minimumVersion) >= 0)
+            return found;
+        if (!first)
+            first = found;
     }
-    return std::nullopt;
+    return first;
 }
 
 QStringList Toolchain::linuxSearchDirectories()

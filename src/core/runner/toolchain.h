@@ -22,6 +22,9 @@ struct Toolchain {
     QString version;                    // major.minor, such as "6.2"; "?" when unreadable
     std::optional<QString> interpreter; // swift-frontend, set only by the sandboxed macOS search
 
+    // The oldest Swift the course can be run with.
+    static inline const QString minimumVersion = QStringLiteral("6.2");
+
     // The search this platform uses.
     static std::optional<Toolchain> find();
 
@@ -33,7 +36,8 @@ struct Toolchain {
     // macOS sandbox: looks in the known layouts under the developer directory.
     // The start-up task warms the found interpreter up.
     static std::optional<Toolchain> findInSandbox(const AppleTools &tools = {});
-    // Linux: the first swiftc in the given directories, with no SDK.
+    // Linux: the first swiftc in the given directories that is at least
+    // minimumVersion, else the first found at all; with no SDK.
     static std::optional<Toolchain> findInDirectories(const QStringList &directories);
     // Where Swift is usually found on Linux: PATH, swift.org toolchains under
     // /opt and /usr/share, swiftly's toolchains, /usr/bin.

@@ -128,6 +128,25 @@ private Q_SLOTS:
         QVERIFY(found->sdk.isEmpty() && !found->interpreter);
         QVERIFY(!Toolchain::findInDirectories({first}));
     }
+
+    // An old swiftc early in the search must not hide a usable one later;
+    // with only old ones, the first is still reported (the app says it is too old).
+    void directorySearchPrefersAUsableVersion()
+    {
+        const QString old = path(QStringLiteral("versions/usr-bin"));
+        const QString older = path(QStringLiteral("versions/older"));
+        const QString current = path(QStringLiteral("versions/opt-swift"));
+        script(old + QStringLiteral("/swiftc"), QStringLiteral("echo 'Swift version 5.9.2 (swift-5.9.2-RELEASE)'"));
+        script(older + QStringLiteral("/swiftc"), QStringLiteral("echo 'Swift version 5.8 (swift-5.8-RELEASE)'"));
+        script(current + QStringLiteral("/swiftc"), QStringLiteral("echo 'Swift version 6.2 (swift-6.2-RELEASE)'"));
+
+        std::optional<Toolchain> found = Toolchain::findInDirectories({old, older, current});
+        QVERIFY(found);
+        QCOMPARE(found->swiftc, current + QStringLiteral("/swiftc"));
+        found = Toolchain::findInDirectories({old, older});
+        QVERIFY(found);
+        QCOMPARE(found->version, QStringLiteral("5.9"));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestToolchain)
