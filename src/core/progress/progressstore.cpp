@@ -92,8 +92,8 @@ ProgressStore::ProgressStore(std::optional<QString> file, QObject *parent)
     , m_timer(this)
 {
     m_timer.setSingleShot(true);
-    m_timer.setInterval(writeDelay);
-    connect(&m_timer, &QTimer::timeout, this, &ProgressStore::startWrite);
+    m_timer.setTimerType(Qt::PreciseTimer);
+    connect(&m_timer, &QTimer::timeout, this, &ProgressStore::writeWhenDue);
     m_writer.setMaxThreadCount(1);
 
     // Learners expect nothing they did to be lost when they quit at once.
@@ -199,8 +199,21 @@ void ProgressStore::save(bool changed)
 {
     if (changed)
         Q_EMIT savedChanged();
-    if (m_file)
-        m_timer.start();
+    if (m_file) {
+        m_sinceChange.start();
+        m_timer.start(writeDelay);
+    }
+}
+
+void ProgressStore::writeWhenDue()
+{
+    // Timers count whole milliseconds from a rounded start; wait out the rest.
+    const qint64 leftNs = std::chrono::nanoseconds(writeDelay).count() - m_sinceChange.nsecsElapsed();
+    if (leftNs > 0) {
+        m_timer.start(std::chrono::milliseconds((leftNs + 999'999) / 1'000'000));
+        return;
+    }
+    startWrite();
 }
 
 void ProgressStore::startWrite()

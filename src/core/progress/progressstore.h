@@ -4,6 +4,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QList>
 #include <QMap>
 #include <QObject>
@@ -86,10 +87,12 @@ private:
     // Announces a real change of the record, then schedules a write.
     void save(bool changed);
     void startWrite();
+    void writeWhenDue();
 
     std::optional<QString> m_file;
     Saved m_saved;
     QTimer m_timer;
+    QElapsedTimer m_sinceChange;  // the timer alone may fire a millisecond early
     QThreadPool m_writer;  // one thread, so that writes land in order
 };
 
