@@ -225,7 +225,7 @@ QString resolvedTarget(QStringView text)
 // begins; a piece is never split.
 struct Piece {
     QString text;
-    QString link;
+    std::optional<QString> link;
     int delimiter = -1;  // >= 0: the text is what remains of that delimiter run
     bool code = false;
     bool extensible = false;  // plain text that following plain text may join
@@ -548,7 +548,7 @@ void InlineParser::closeBracket(qsizetype &pos, qsizetype end)
     processEmphasis(opener.delimiterBottom);
     m_pieces[opener.piece].text.clear();
     for (size_t i = opener.piece + 1; i < m_pieces.size(); ++i) {
-        if (m_pieces[i].link.isEmpty())  // an autolink in the label keeps its own target
+        if (!m_pieces[i].link)  // an autolink in the label keeps its own target
             m_pieces[i].link = tail->target;
     }
     m_pieces.back().extensible = false;

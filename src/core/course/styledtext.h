@@ -22,7 +22,7 @@ struct TextStyle {
     bool monospace = false;  // inline code, or a keyword in a code listing
     bool strikethrough = false;
     bool semibold = false;
-    QString link;  // the target of a link; empty when the run is not a link
+    std::optional<QString> link;  // the target of a link, which may be empty; none when not a link
     std::optional<Rgb> color;
     friend bool operator==(const TextStyle &, const TextStyle &) = default;
 };

@@ -17,8 +17,8 @@ QString escaped(const QString &text)
 QStringList tagsOf(const TextStyle &style)
 {
     QStringList tags;
-    if (!style.link.isEmpty())
-        tags << QStringLiteral("a href=\"%1\"").arg(escaped(style.link));
+    if (style.link)
+        tags << QStringLiteral("a href=\"%1\"").arg(escaped(*style.link));
     for (const auto &[on, tag] : {std::pair(style.strikethrough, "del"), {style.emphasis, "em"},
                                   {style.strong, "strong"}, {style.monospace, "code"}})
         if (on)
@@ -180,7 +180,7 @@ void TestMarkdown::rendering_data()
                "[link](/url (ti(tle))", R"md([link](/url "title "and" title"))md", R"md([a](<b>"t"))md",
                "<http://foo.bar/baz bim> <m:abc> <foo.bar.baz> <foo@bar-.com>"});
     row(R"md([link](/uri "title"))md", R"md(<a href="/uri">link</a>)md");
-    row("[link]()", "link");
+    row("[link]()", "<a href=\"\">link</a>");
     row("[link](</my uri>)", R"md(<a href="/my uri">link</a>)md");
     row("[link](foo(and(bar)))", R"md(<a href="foo(and(bar))">link</a>)md");
     row("[link](/url 'title') [link](/url (title))", R"md(<a href="/url">link</a> <a href="/url">link</a>)md");
