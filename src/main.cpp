@@ -3,6 +3,7 @@
 #include "selftest/selftest.h"
 #include "app/startup.h"
 #include "texts/texts.h"
+#include "theme/theme.h"
 
 #include <QApplication>
 
@@ -24,7 +25,9 @@ int main(int argc, char *argv[])
     }
 
     QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Kestrun"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrun"));
+    Theme::apply(app);
 
     std::unique_ptr<KestrunApp> kestrun;
     try {

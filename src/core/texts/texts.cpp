@@ -114,6 +114,10 @@ constexpr Row table[] = {
     {Text::tickOffTheChecklist, Platform::any, T("All right. Tick off the checklist too.")},
     {Text::haveAnotherLook, Platform::any, T("Have another look at the ones marked.")},
 
+    {Text::appMenu, Platform::any, T("Kestrun")},
+    {Text::openSettings, Platform::any, T("Settings…")},
+    {Text::quit, Platform::any, T("Quit")},
+    {Text::settings, Platform::any, T("Settings")},
     {Text::lessonMenu, Platform::any, T("Lesson")},
     {Text::menuRun, Platform::any, T("Run")},
     {Text::menuResetCode, Platform::any, T("Reset Code")},

@@ -93,6 +93,10 @@ enum class Text {
     haveAnotherLook,
 
     // Menu and settings
+    appMenu,
+    openSettings,
+    quit,
+    settings,
     lessonMenu,
     menuRun,
     menuResetCode,

@@ -4,6 +4,7 @@
 #include <QFontDatabase>
 #include <QPalette>
 #include <QPushButton>
+#include <QWidget>
 
 namespace Kestrun::Theme {
 
@@ -98,6 +99,14 @@ QColor label(Level level, const QWidget *widget)
     return text;
 }
 
+void setTextColor(QWidget *widget, const QColor &color)
+{
+    QPalette palette = widget->palette();
+    palette.setColor(QPalette::WindowText, color);
+    palette.setColor(QPalette::Text, color);
+    widget->setPalette(palette);
+}
+
 double scaled(double points)
 {
     return points * basePoints() / macBody;
@@ -147,16 +156,17 @@ void makeProminent(QPushButton *button, const QColor &tint)
                                    css(withOpacity(tint, 0.35)), css(withOpacity(Qt::white, 0.8))));
 }
 
-void makeTranslucent(QPushButton *button)
+void makeTranslucent(QPushButton *button, const QColor &textColor)
 {
     const QColor text = button->palette().color(QPalette::ButtonText);
+    const QColor ink = textColor.isValid() ? textColor : text;
     button->setCursor(Qt::PointingHandCursor);
     button->setStyleSheet(QStringLiteral(
-        "QPushButton { background: %1; border: 1px solid %2; border-radius: 7px; padding: 5px 12px; }"
+        "QPushButton { background: %1; border: 1px solid %2; border-radius: 7px; padding: 5px 12px; color: %4; }"
         "QPushButton:hover { background: %3; }"
         "QPushButton:pressed { background: %2; }")
                               .arg(css(withOpacity(text, 0.06)), css(withOpacity(text, 0.16)),
-                                   css(withOpacity(text, 0.10))));
+                                   css(withOpacity(text, 0.10)), css(ink)));
 }
 
 } // namespace Kestrun::Theme

@@ -24,6 +24,10 @@ QColor withOpacity(QColor color, double opacity);
 enum class Level { primary, secondary, tertiary, quaternary };
 QColor label(Level level, const QWidget *widget = nullptr);
 
+// Draws a widget's text in a colour, whichever background it sits on (text
+// on a Base background uses the Text role, elsewhere WindowText).
+void setTextColor(QWidget *widget, const QColor &color);
+
 // The text styles the screens name, as sizes relative to the platform's
 // base font, so that the whole app follows the desktop's font setting.
 enum class TextStyle { largeTitle, title2, title3, headline, body, callout, subheadline, footnote, caption, caption2 };
@@ -40,6 +44,6 @@ void apply(QApplication &app);
 // Button looks: a filled accent button for the main action of a screen, and
 // a translucent one for secondary actions.
 void makeProminent(QPushButton *button, const QColor &tint = vmSea());
-void makeTranslucent(QPushButton *button);
+void makeTranslucent(QPushButton *button, const QColor &textColor = {});
 
 } // namespace Kestrun::Theme

@@ -11,8 +11,9 @@
 
 namespace Kestrun {
 
-// The application object: builds, in order, the course, the progress store
-// and the one model, and keeps them for the life of the process.
+// The application object: registers the pixel font, then builds the course,
+// the progress store and the one model, and keeps them for the life of the
+// process.
 class KestrunApp : public QObject {
     Q_OBJECT
 

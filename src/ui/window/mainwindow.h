@@ -1,34 +1,59 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPointer>
 
-class QLabel;
-class QListWidget;
+class QAction;
+class QSplitter;
 
 namespace Kestrun {
 
 class AppModel;
+class CourseSidebar;
+class HomeView;
+class NoticeBanner;
+class PublishedActions;
+class SettingsWindow;
 
-// The application's one window. For now: the course's title, its lessons,
-// and whether code can run; the lesson screens come later.
+// The one window: the course outline beside the home screen or the selected
+// lesson, the previous and next buttons, the notice banner, and the menus.
 class MainWindow : public QMainWindow {
     Q_OBJECT
+
 public:
     explicit MainWindow(AppModel &model, QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    CourseSidebar *sidebar() const { return m_sidebar; }
+    QWidget *detail() const { return m_detail; }
+    PublishedActions &actions() const { return *m_actions; }
+    SettingsWindow *settings();
 
 Q_SIGNALS:
-    // The window's content is on screen: time to look for the compiler.
+    // The window's content is on screen for the first time.
     void shown();
 
 protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    void createMenus();
     void showSelection();
+    void updateNavigation();
 
     AppModel &m_model;
-    QListWidget *m_lessons;
-    QLabel *m_status;
+    PublishedActions *m_actions;
+    CourseSidebar *m_sidebar;
+    QSplitter *m_splitter;
+    QWidget *m_detailArea;
+    QWidget *m_detail = nullptr;
+    std::optional<QString> m_detailLesson;
+    NoticeBanner *m_banner;
+    QAction *m_previous;
+    QAction *m_next;
+    QAction *m_run = nullptr;
+    QAction *m_reset = nullptr;
+    QPointer<SettingsWindow> m_settings;
     bool m_announced = false;
 };
 
