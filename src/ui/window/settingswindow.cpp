@@ -40,7 +40,7 @@ QVBoxLayout *section(const QString &title, QWidget *parent, QVBoxLayout *form)
 } // namespace
 
 SettingsWindow::SettingsWindow(AppModel &model, QWidget *parent)
-    : QWidget(parent, Qt::Window)
+    : QDialog(parent)
     , m_model(model)
     , m_size(new QSlider(Qt::Horizontal, this))
     , m_sizeLabel(new QLabel(this))
@@ -48,7 +48,8 @@ SettingsWindow::SettingsWindow(AppModel &model, QWidget *parent)
 {
     setObjectName(QStringLiteral("settingsWindow"));
     setWindowTitle(Texts::get(Text::settings));
-    setFixedWidth(460);
+    setMinimumWidth(460);
+    setMaximumWidth(460);
     auto *form = new QVBoxLayout(this);
     form->setContentsMargins(20, 18, 20, 18);
     form->setSpacing(6);
@@ -81,7 +82,7 @@ SettingsWindow::SettingsWindow(AppModel &model, QWidget *parent)
             m_model.progress()->reset();
     });
     progress->addWidget(again, 0, Qt::AlignLeft);
-    form->addStretch(1);
+    form->setSizeConstraint(QLayout::SetFixedSize);
 
     connect(model.progress(), &ProgressStore::savedChanged, this, &SettingsWindow::showProgress);
     showProgress();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QWidget>
+#include <QDialog>
 
 class QLabel;
 class QSlider;
@@ -11,7 +11,7 @@ class AppModel;
 
 // The settings: the code size, whether Swift is found, and starting the
 // course again.
-class SettingsWindow : public QWidget {
+class SettingsWindow : public QDialog {
     Q_OBJECT
 
 public:

@@ -1,0 +1,70 @@
+#!/usr/bin/env python3
+"""Pictures of the application shell for docs/screenshots/: the home screen
+fresh and part-way through, the sidebar with a module open, the settings
+window, and the guidance when no Swift toolchain can be found.
+
+    scripts/screenshots [OUTPUT_DIR]"""
+import datetime
+import json
+import pathlib
+import sys
+import time
+
+from desktop import ROOT, Session, wait_for
+
+PROGRAM = ROOT / "build" / "src" / "kestrun"
+
+
+def main():
+    out = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else ROOT / "docs" / "screenshots")
+    course = json.loads((ROOT / "Resources" / "course.json").read_text(encoding="utf-8"))
+    lessons = [lesson for chapter in course["chapters"] for module in chapter["modules"] for lesson in module["lessons"]]
+
+    session = Session(PROGRAM).start()
+    try:
+        session.wait(role="label", contains="on this computer")
+        session.screenshot(out / "home-fresh.png")
+
+        module = session.wait(role="table cell", name=course["chapters"][0]["modules"][1]["title"])
+        session.click(module)
+        lesson = session.wait(role="table cell", name=course["chapters"][0]["modules"][1]["lessons"][2]["title"])
+        session.click(lesson)
+        time.sleep(0.5)
+        session.screenshot(out / "sidebar-module-open.png")
+
+        session.key("ctrl+comma")
+        settings = session.wait(role="dialog", name="Settings")
+        time.sleep(0.5)
+        x, y, w, h = session.extents(settings)
+        import subprocess
+        subprocess.run(["import", "-window", "root", "-crop", f"{w}x{h}+{x}+{y}", "+repage",
+                        str(out / "settings.png")], check=True)
+    finally:
+        session.close()
+
+    # Part-way: the first module done and a few lessons further on.
+    now = datetime.datetime.now(datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
+    done = {lesson["id"]: now for lesson in lessons[:9]}
+    done[lessons[10]["id"]] = now
+    session = Session(PROGRAM)
+    session.write_progress({"code": {}, "done": done, "ticks": {}})
+    session.start()
+    try:
+        session.wait(role="label", contains="lessons done")
+        session.screenshot(out / "home-progress.png")
+    finally:
+        session.close()
+
+    # No toolchain: /opt, where Swift is installed here, hidden by a sandbox.
+    session = Session(PROGRAM, wrap=["bwrap", "--dev-bind", "/", "/", "--tmpfs", "/opt", "--"])
+    session.start()
+    try:
+        session.wait(role="label", contains="has no Swift compiler yet")
+        session.screenshot(out / "no-toolchain.png")
+    finally:
+        session.close()
+    print(f"Wrote the shell's screenshots to {out}")
+
+
+if __name__ == "__main__":
+    main()
