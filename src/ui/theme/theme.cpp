@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QScreen>
 #include <QPalette>
 #include <QPushButton>
 
@@ -101,6 +102,13 @@ QColor label(Level level, const QWidget *widget)
 double scaled(double points)
 {
     return points * basePoints() / macBody;
+}
+
+double pixels(double points)
+{
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    const double dpi = screen ? screen->logicalDotsPerInchY() : 96;
+    return scaled(points) * dpi / 72;
 }
 
 QFont font(TextStyle style)
