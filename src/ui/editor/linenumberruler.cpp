@@ -72,11 +72,16 @@ void LineNumberRuler::paintEvent(QPaintEvent *event)
     // Numbers of lines partly scrolled away are cut where the code is.
     const QRect viewport = m_editor->viewport()->geometry().translated(-geometry().topLeft());
     painter.setClipRect(QRect(0, viewport.top(), width(), viewport.height()));
-    painter.setFont(labelFont());
     const QFontMetricsF metrics(labelFont());
+    QFont error = labelFont();
+    // Red alone is faint on the dark ground; weight makes the mark easy to find.
+    error.setWeight(QFont::DemiBold);
     for (const Label &label : labels()) {
+        const bool alert = label.color == Theme::vmAlert();
+        painter.setFont(alert ? error : labelFont());
         painter.setPen(label.color);
-        painter.drawText(QPointF(label.rect.left(), label.rect.top() + metrics.ascent()), QString::number(label.number));
+        const qreal width = alert ? QFontMetricsF(error).horizontalAdvance(QString::number(label.number)) : label.rect.width();
+        painter.drawText(QPointF(label.rect.right() - width, label.rect.top() + metrics.ascent()), QString::number(label.number));
     }
 }
 

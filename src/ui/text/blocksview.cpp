@@ -41,7 +41,7 @@ void BlocksView::setBlocks(const QList<Block> &blocks)
     }
     m_blocks = blocks;
     for (const Block &block : blocks) {
-        QWidget *widget = make(block);
+        QWidget *widget = blockView(block);
         // Tables are as wide as their content; everything else takes the width.
         m_stack->addWidget(widget, 0, block.kind == Block::Kind::table ? Qt::AlignLeft : Qt::Alignment());
     }
@@ -53,7 +53,7 @@ QWidget *BlocksView::blockWidget(int index) const
     return item ? item->widget() : nullptr;
 }
 
-QWidget *BlocksView::make(const Block &block)
+QWidget *BlocksView::blockView(const Block &block)
 {
     switch (block.kind) {
     case Block::Kind::heading: {

@@ -31,7 +31,7 @@ public:
     QWidget *blockWidget(int index) const;
 
 private:
-    QWidget *make(const Block &block);
+    QWidget *blockView(const Block &block);
 
     QList<Block> m_blocks;
     Theme::Level m_level;

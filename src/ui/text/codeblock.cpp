@@ -5,6 +5,7 @@
 #include "highlight/highlighter.h"
 #include "theme/theme.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPainterPath>
 #include <QScrollArea>
@@ -35,6 +36,7 @@ CodeBlock::CodeBlock(const QString &code, QWidget *parent)
     m_scroll->setWidget(m_text);
     m_text->setAutoFillBackground(false); // setWidget() turned it on
     QScroller::grabGesture(m_scroll->viewport(), QScroller::TouchGesture);
+    m_scroll->installEventFilter(this);
 
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     setFontSize(Preferences::shared().editorFontSize());
@@ -58,6 +60,21 @@ QSize CodeBlock::minimumSizeHint() const
 {
     // Any width will do: what does not fit scrolls.
     return QSize(qRound(Theme::pixels(28)), m_text->sizeHint().height());
+}
+
+// The listing only scrolls sideways: keys that scroll up and down pass on
+// to the lesson around it instead of moving a scroll bar that has no range.
+bool CodeBlock::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_scroll && event->type() == QEvent::KeyPress) {
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_Up || key->key() == Qt::Key_Down || key->matches(QKeySequence::MoveToPreviousPage)
+            || key->matches(QKeySequence::MoveToNextPage)) {
+            event->ignore();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void CodeBlock::resizeEvent(QResizeEvent *)

@@ -4,6 +4,8 @@
 #include "texts/texts.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -46,6 +48,29 @@ constexpr Extension extensions[] = {
     {QKeySequence::SelectPreviousLine, QTextCursor::Up},
 };
 
+// Screen readers read the text as static text.
+class AccessibleText : public QAccessibleWidget {
+public:
+    explicit AccessibleText(SelectableText *text)
+        : QAccessibleWidget(text, QAccessible::StaticText)
+    {
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        if (kind == QAccessible::Name && widget()->accessibleName().isEmpty())
+            return static_cast<const SelectableText *>(widget())->text();
+        return QAccessibleWidget::text(kind);
+    }
+};
+
+QAccessibleInterface *accessibleText(const QString &className, QObject *object)
+{
+    if (className == QLatin1String("Kestrun::SelectableText"))
+        return new AccessibleText(static_cast<SelectableText *>(object));
+    return nullptr;
+}
+
 const Extension *extensionFor(const QKeyEvent *event)
 {
     for (const Extension &extension : extensions) {
@@ -62,6 +87,8 @@ SelectableText::SelectableText(QWidget *parent)
     , m_document(new QTextDocument(this))
     , m_cursor(m_document)
 {
+    static const bool accessible = (QAccessible::installFactory(accessibleText), true);
+    Q_UNUSED(accessible);
     m_document->setUndoRedoEnabled(false);
     m_document->setDocumentMargin(0);
     QTextOption option = m_document->defaultTextOption();

@@ -1,9 +1,9 @@
 // Shows lesson text and the code editor in a real window, to look at them
 // and to take the screenshots in docs/screenshots (see regenerate there).
 //
-//   text_gallery blocks [--dark]        every block kind
-//   text_gallery lesson ID [--dark]     a lesson of the course: description, instructions
-//   text_gallery editor [ID]            the editor with a lesson's starting code, line 3 marked
+//   text_gallery blocks [--dark] [--width N]     every block kind
+//   text_gallery lesson ID [--dark] [--width N]  a lesson of the course: description, instructions
+//   text_gallery editor [ID]                     the editor with a lesson's starting code, line 3 marked
 //
 // The window is titled "Kestrun gallery".
 
@@ -16,7 +16,7 @@
 #include <QHBoxLayout>
 #include <QPalette>
 #include <QScrollArea>
-#include <QStyleFactory>
+#include <QTextBlock>
 
 #include <cstdio>
 
@@ -90,6 +90,7 @@ QWidget *scrolling(QWidget *content)
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
+    QApplication::setCursorFlashTime(0); // the caret always shows in a screenshot
     const QStringList args = app.arguments().mid(1);
     const QString mode = args.value(0, QStringLiteral("blocks"));
     if (args.contains(QStringLiteral("--dark")))
@@ -114,6 +115,9 @@ int main(int argc, char *argv[])
             auto *editor = new CodeEditor;
             editor->setCode(lesson->seed.value_or(QString()));
             editor->setErrorLines({3});
+            QTextCursor caret(editor->document()->findBlockByNumber(2));
+            caret.movePosition(QTextCursor::EndOfBlock);
+            editor->setTextCursor(caret);
             window = editor;
             window->resize(640, 520);
         }
@@ -122,6 +126,9 @@ int main(int argc, char *argv[])
         return 2;
     }
     window->setWindowTitle(QStringLiteral("Kestrun gallery"));
+    if (const int width = args.indexOf(QStringLiteral("--width")); width >= 0)
+        window->resize(args.value(width + 1).toInt(), window->height());
     window->show();
+    window->activateWindow();
     return QApplication::exec();
 }

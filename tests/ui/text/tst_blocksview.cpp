@@ -222,10 +222,15 @@ private Q_SLOTS:
     // by wheel and by keyboard, with no bar in view.
     void wideListingScrolls()
     {
-        CodeBlock block("let line = \"" + QString("x").repeated(200) + "\"\nprint(line)");
-        block.resize(300, block.sizeHint().height());
-        block.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&block));
+        QScrollArea lesson;
+        auto *page = new BlocksView({Block::codeListing("swift", "let line = \"" + QString("x").repeated(200) + "\"\nprint(line)"),
+                                     Block::paragraph(QString("Words. ").repeated(400))});
+        lesson.setWidget(page);
+        lesson.setWidgetResizable(true);
+        lesson.resize(300, 200);
+        lesson.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&lesson));
+        CodeBlock &block = *qobject_cast<CodeBlock *>(page->blockWidget(0));
         QScrollBar *bar = block.scrollArea()->horizontalScrollBar();
         QVERIFY(!bar->isVisible());
         QVERIFY(!block.scrollArea()->verticalScrollBar()->isVisible());
@@ -241,6 +246,9 @@ private Q_SLOTS:
         block.text()->setFocus();
         QTest::keyClick(block.text(), Qt::Key_Right);
         QVERIFY(block.text()->x() < afterWheel);
+        // Up and down belong to the lesson.
+        QTest::keyClick(block.text(), Qt::Key_Down);
+        QVERIFY(lesson.verticalScrollBar()->value() > 0);
     }
 
     // Code listings follow the code size setting at once.

@@ -2,6 +2,7 @@
 #include "theme/theme.h"
 
 #include <QAbstractTextDocumentLayout>
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
@@ -62,6 +63,9 @@ private Q_SLOTS:
         MarkdownLabel label("Use `let`, **not** *var*, ~~never~~ [this](https://swift.org).");
         label.resize(600, 100);
         QCOMPARE(label.text(), "Use let, not var, never this.");
+        QAccessibleInterface *reader = QAccessible::queryAccessibleInterface(&label);
+        QCOMPARE(reader->role(), QAccessible::StaticText);
+        QCOMPARE(reader->text(QAccessible::Name), label.text());
         const QString text = label.text();
         const QRawFont plain = fontAt(label, 0);
         QVERIFY(fontAt(label, int(text.indexOf("let"))).familyName() != plain.familyName());
