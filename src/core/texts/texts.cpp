@@ -77,6 +77,11 @@ constexpr Row table[] = {
     {Text::kindProject, Platform::any, T("PROJECT")},
     {Text::markAsRead, Platform::any, T("Mark as read")},
 
+    {Text::copyText, Platform::any, T("Copy")},
+    {Text::copyLink, Platform::any, T("Copy Link")},
+    {Text::selectAllText, Platform::any, T("Select All")},
+    {Text::yourSwiftCode, Platform::any, T("Your Swift code")},
+
     {Text::yourTask, Platform::any, T("Your task")},
     {Text::tests, Platform::any, T("Tests")},
     {Text::getAHint, Platform::any, T("Get a hint")},

@@ -53,6 +53,12 @@ enum class Text {
     kindProject,
     markAsRead,
 
+    // Lesson text and the code editor
+    copyText,
+    copyLink,
+    selectAllText,
+    yourSwiftCode,        // the editor's name for screen readers
+
     // The code lesson screen
     yourTask,
     tests,

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QFontDatabase>
+#include <QScreen>
 #include <QPalette>
 #include <QPushButton>
 #include <QWidget>
@@ -110,6 +111,13 @@ void setTextColor(QWidget *widget, const QColor &color)
 double scaled(double points)
 {
     return points * basePoints() / macBody;
+}
+
+double pixels(double points)
+{
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    const double dpi = screen ? screen->logicalDotsPerInchY() : 96;
+    return scaled(points) * dpi / 72;
 }
 
 QFont font(TextStyle style)

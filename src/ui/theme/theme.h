@@ -34,6 +34,10 @@ enum class TextStyle { largeTitle, title2, title3, headline, body, callout, subh
 QFont font(TextStyle style);
 // A size given for a 13-point body text, scaled to this platform's base font.
 double scaled(double points);
+// A length given in points beside a 13-point body text (a padding, a corner
+// radius), in this platform's device-independent pixels, so that spacing
+// keeps its proportion to the text.
+double pixels(double points);
 
 // The system's monospaced font at a size in points (scaled like the rest).
 QFont monospace(double points, QFont::Weight weight = QFont::Normal);

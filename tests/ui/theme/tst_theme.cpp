@@ -65,6 +65,8 @@ private Q_SLOTS:
         QCOMPARE(Theme::font(Theme::TextStyle::largeTitle).pointSizeF(), base * 2);
         QCOMPARE(Theme::scaled(56), 56 * base / 13);
         QVERIFY(Theme::font(Theme::TextStyle::headline).weight() > QFont::Normal);
+        // A length of one body size is as many pixels as the body text is high.
+        QCOMPARE(qRound(Theme::pixels(13)), QFontInfo(Theme::font(Theme::TextStyle::body)).pixelSize());
     }
 
     void pixelFontRegistersOnce()

@@ -1,0 +1,282 @@
+#include "app/preferences.h"
+#include "text/blocksview.h"
+#include "text/codeblock.h"
+#include "text/divider.h"
+#include "text/listblock.h"
+#include "text/listmarker.h"
+#include "text/markdownlabel.h"
+#include "text/noteview.h"
+#include "text/quoteblock.h"
+#include "text/tableview.h"
+#include "theme/theme.h"
+
+#include <QApplication>
+#include <QFontInfo>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
+
+using namespace Kestrun;
+
+namespace {
+
+int px(double points)
+{
+    return qRound(Theme::pixels(points));
+}
+
+int distance(const QColor &a, const QColor &b)
+{
+    return qAbs(a.red() - b.red()) + qAbs(a.green() - b.green()) + qAbs(a.blue() - b.blue());
+}
+
+bool near(const QColor &a, const QColor &b)
+{
+    return distance(a, b) < 30;
+}
+
+// The named colour nearest to the most strongly inked pixel of an icon.
+QColor inkOf(const QImage &image, const QColor &background)
+{
+    QColor ink = background;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (distance(image.pixelColor(x, y), background) > distance(ink, background))
+                ink = image.pixelColor(x, y);
+        }
+    }
+    QColor nearest;
+    for (const QColor &named : {Theme::vmSea(), Theme::vmGold(), Theme::vmAlert()}) {
+        if (!nearest.isValid() || distance(ink, named) < distance(ink, nearest))
+            nearest = named;
+    }
+    return distance(ink, background) > 100 ? nearest : QColor();
+}
+
+QList<Block> lesson()
+{
+    return {
+        Block::heading(1, "Loops"),
+        Block::paragraph("A `for` loop repeats its body once for every value of a range, which is **useful**."),
+        Block::codeListing("swift", "for i in 1...3 {\n    print(i)\n}"),
+        Block::list(false, {"one", "two items that are long enough to wrap when the page is narrow"}),
+        Block::note("tip", {Block::paragraph("Ranges can be empty.")}),
+        Block::quote({Block::paragraph("Quoted words.")}),
+        Block::table({"Range", "Count"}, {{"`1...3`", "3"}}),
+        Block::rule(),
+        Block::heading(3, "Done"),
+    };
+}
+
+} // namespace
+
+class TestBlocksView : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QStandardPaths::setTestModeEnabled(true);
+        QSettings().clear();
+    }
+
+    // Each kind has its widget and look; the blocks are stacked in order,
+    // 14 points apart, without overlap or blank space, at every width, with
+    // the scroll area's spare height below them.
+    void stacksEveryKind_data()
+    {
+        QTest::addColumn<int>("width");
+        for (const int width : {160, 420, 900})
+            QTest::addRow("%d wide", width) << width;
+    }
+
+    void stacksEveryKind()
+    {
+        QFETCH(int, width);
+        QScrollArea area;
+        area.setWidgetResizable(true);
+        area.setFrameShape(QFrame::NoFrame);
+        auto *view = new BlocksView(lesson());
+        area.setWidget(view);
+        area.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+        area.resize(width + area.verticalScrollBar()->sizeHint().width(), 3000);
+        area.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&area));
+        QCOMPARE(view->width(), width);
+
+        QVERIFY(qobject_cast<MarkdownLabel *>(view->blockWidget(0)));
+        QVERIFY(qobject_cast<MarkdownLabel *>(view->blockWidget(1)));
+        QVERIFY(qobject_cast<CodeBlock *>(view->blockWidget(2)));
+        QVERIFY(qobject_cast<ListBlock *>(view->blockWidget(3)));
+        QVERIFY(qobject_cast<NoteView *>(view->blockWidget(4)));
+        QVERIFY(qobject_cast<QuoteBlock *>(view->blockWidget(5)));
+        QVERIFY(qobject_cast<TableView *>(view->blockWidget(6)));
+        QVERIFY(qobject_cast<Divider *>(view->blockWidget(7)));
+        QCOMPARE(view->blockWidget(8)->font().pointSizeF(), Theme::font(Theme::TextStyle::title3).pointSizeF());
+        QCOMPARE(view->blockWidget(0)->font().pointSizeF(), Theme::font(Theme::TextStyle::title2).pointSizeF());
+        QCOMPARE(view->blockWidget(0)->font().weight(), QFont::DemiBold);
+        QCOMPARE(view->blockWidget(0)->contentsMargins().top(), px(8));
+
+        for (int i = 0; i < view->blocks().size(); ++i) {
+            const QWidget *block = view->blockWidget(i);
+            QVERIFY(block->geometry().left() >= 0 && block->geometry().right() < width);
+            if (block->hasHeightForWidth())
+                QCOMPARE(block->height(), block->heightForWidth(block->width()));
+            if (i > 0)
+                QCOMPARE(block->y(), view->blockWidget(i - 1)->geometry().bottom() + 1 + px(14));
+        }
+        // Every piece of wrapped text is as high as its lines, so none is cut.
+        for (const SelectableText *text : view->findChildren<SelectableText *>()) {
+            if (text->wrapping())
+                QCOMPARE(text->height(), text->heightForWidth(text->width()));
+        }
+        QCOMPARE(view->blockWidget(8)->geometry().bottom() + 1, view->heightForWidth(width));
+    }
+
+    // Icon and colour by exact case; the title is the kind as written.
+    void noteKinds_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QString>("symbol");
+        QTest::addColumn<QColor>("color");
+        QTest::newRow("tip") << "tip" << "lightbulb" << Theme::vmGold();
+        QTest::newRow("Tip") << "Tip" << "info.circle" << Theme::vmSea();
+        QTest::newRow("Warning") << "Warning" << "exclamationmark.triangle" << Theme::vmAlert();
+        QTest::newRow("warning") << "warning" << "info.circle" << Theme::vmSea();
+        QTest::newRow("Apple") << "Apple Developer Program" << "apple.logo" << Theme::vmSea();
+        QTest::newRow("apple") << "Apple developer program" << "info.circle" << Theme::vmSea();
+        QTest::newRow("Note") << "Note" << "info.circle" << Theme::vmSea();
+    }
+
+    void noteKinds()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QString, symbol);
+        QFETCH(QColor, color);
+        NoteView note(kind, {Block::paragraph("Body text.")});
+        note.resize(400, note.heightForWidth(400));
+        QCOMPARE(note.look().symbol, symbol);
+        QCOMPARE(note.look().color, color);
+        QCOMPARE(note.title()->text(), kind);
+        const QImage image = note.grab().toImage();
+        const QColor tint = image.pixelColor(note.width() - 4, note.height() / 2);
+        QCOMPARE(inkOf(image.copy(note.iconRect()), tint), color);
+        const QColor window = note.palette().color(QPalette::Window);
+        QVERIFY(near(tint, QColor::fromRgbF(window.redF() * 0.9f + color.redF() * 0.1f,
+                                            window.greenF() * 0.9f + color.greenF() * 0.1f,
+                                            window.blueF() * 0.9f + color.blueF() * 0.1f)));
+    }
+
+    // 1. to 12., digits in cells of one width, texts starting at one edge.
+    void twelveItemList()
+    {
+        QStringList items;
+        for (int i = 1; i <= 12; ++i)
+            items.append(QStringLiteral("Item %1").arg(i));
+        ListBlock list(true, items);
+        list.resize(300, list.heightForWidth(300));
+        list.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&list));
+
+        QCOMPARE(list.count(), 12);
+        const qreal digit = list.marker(0)->digitWidth();
+        for (int i = 0; i < 12; ++i) {
+            QCOMPARE(list.marker(i)->marker(), QStringLiteral("%1.").arg(i + 1));
+            QCOMPARE(list.marker(i)->geometry().right(), list.marker(0)->geometry().right());
+            QCOMPARE(list.item(i)->x(), list.item(0)->x());
+            QCOMPARE(list.marker(i)->y(), list.item(i)->y());
+        }
+        QCOMPARE(list.marker(8)->sizeHint().width(), list.marker(0)->sizeHint().width());
+        QCOMPARE(list.marker(11)->sizeHint().width(), list.marker(9)->sizeHint().width());
+        QVERIFY(qAbs(list.marker(9)->sizeHint().width() - list.marker(0)->sizeHint().width() - digit) <= 1);
+        QCOMPARE(list.item(0)->x() - list.marker(0)->geometry().right() - 1, px(8));
+        QCOMPARE(list.item(1)->y() - list.item(0)->geometry().bottom() - 1, px(6));
+    }
+
+    // A head without rows shows the head and its line; short rows leave cells empty.
+    void tables()
+    {
+        TableView empty({"Name", "Type"}, {});
+        empty.resize(empty.sizeHint());
+        QCOMPARE(empty.headCell(1)->text(), "Type");
+        QVERIFY(empty.headCell(0)->font().weight() >= QFont::DemiBold);
+        QVERIFY(!empty.cell(0, 0));
+        empty.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&empty));
+        QVERIFY(empty.divider()->isVisible());
+        QCOMPARE(empty.divider()->width(), empty.headCell(1)->geometry().right() - empty.headCell(0)->x() + 1);
+        QVERIFY(empty.divider()->y() > empty.headCell(0)->geometry().bottom());
+
+        TableView shortRows({"A", "B", "C"}, {{"1", "2", "3"}, {"only"}});
+        QCOMPARE(shortRows.columnCount(), 3);
+        QCOMPARE(shortRows.cell(1, 0)->text(), "only");
+        QVERIFY(!shortRows.cell(1, 1));
+        QVERIFY(!shortRows.cell(1, 2));
+    }
+
+    // A listing wider than its place keeps its lines and scrolls sideways,
+    // by wheel and by keyboard, with no bar in view.
+    void wideListingScrolls()
+    {
+        QScrollArea lesson;
+        auto *page = new BlocksView({Block::codeListing("swift", "let line = \"" + QString("x").repeated(200) + "\"\nprint(line)"),
+                                     Block::paragraph(QString("Words. ").repeated(400))});
+        lesson.setWidget(page);
+        lesson.setWidgetResizable(true);
+        lesson.resize(300, 200);
+        lesson.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&lesson));
+        CodeBlock &block = *qobject_cast<CodeBlock *>(page->blockWidget(0));
+        QScrollBar *bar = block.scrollArea()->horizontalScrollBar();
+        QVERIFY(!bar->isVisible());
+        QVERIFY(!block.scrollArea()->verticalScrollBar()->isVisible());
+        QCOMPARE(block.text()->document()->firstBlock().layout()->lineCount(), 1);
+        QVERIFY(block.text()->width() > 300);
+        QCOMPARE(block.height(), block.text()->height());
+
+        QWheelEvent wheel(QPointF(50, 10), block.mapToGlobal(QPointF(50, 10)), QPoint(), QPoint(-120, 0), Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(block.scrollArea()->viewport(), &wheel);
+        QVERIFY(block.text()->x() < 0);
+        const int afterWheel = block.text()->x();
+        block.text()->setFocus();
+        QTest::keyClick(block.text(), Qt::Key_Right);
+        QVERIFY(block.text()->x() < afterWheel);
+        // Up and down belong to the lesson.
+        QTest::keyClick(block.text(), Qt::Key_Down);
+        QVERIFY(lesson.verticalScrollBar()->value() > 0);
+    }
+
+    // Code listings follow the code size setting at once.
+    void listingFollowsCodeSize()
+    {
+        CodeBlock block("let a = 1");
+        const int before = block.height();
+        Preferences::shared().setEditorFontSize(20);
+        QCOMPARE(block.text()->font().pointSizeF(), Theme::monospace(20).pointSizeF());
+        QVERIFY(block.height() > before);
+        Preferences::shared().setEditorFontSize(Preferences::defaultEditorFontSize);
+        QCOMPARE(block.height(), before);
+    }
+
+    // Quoted text is secondary; the bar is as tall as the quote.
+    void quotes()
+    {
+        QuoteBlock quote({Block::paragraph("First."), Block::paragraph("Second.")});
+        quote.resize(300, quote.heightForWidth(300));
+        quote.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&quote));
+        const auto *text = qobject_cast<MarkdownLabel *>(quote.content()->blockWidget(1));
+        QCOMPARE(text->color(), Theme::label(Theme::Level::secondary, text));
+        QCOMPARE(quote.bar().height(), quote.height());
+        QCOMPARE(quote.content()->x(), px(3) + px(12));
+    }
+};
+
+QTEST_MAIN(TestBlocksView)
+#include "tst_blocksview.moc"
