@@ -1,27 +1,17 @@
 #include "lessonview.h"
 
-#include "app/appmodel.h"
+#include "codelessonview.h"
+#include "readinglessonview.h"
 #include "course/course.h"
-#include "theme/theme.h"
-
-#include <QLabel>
-#include <QVBoxLayout>
 
 namespace Kestrun::LessonView {
 
-QWidget *create(AppModel &model, const Lesson &lesson, PublishedActions &actions, QWidget *parent)
+QWidget *create(AppModel &model, const Lesson &lesson, PublishedActions &actions, SplitterMemory &memory, QWidget *parent)
 {
-    Q_UNUSED(model)
-    Q_UNUSED(actions)
-    // Until the lesson screens arrive: the lesson's title.
-    auto *page = new QWidget(parent);
-    auto *layout = new QVBoxLayout(page);
-    layout->setContentsMargins(28, 28, 28, 28);
-    auto *title = new QLabel(lesson.title, page);
-    title->setFont(Theme::font(Theme::TextStyle::largeTitle));
-    layout->addWidget(title);
-    layout->addStretch(1);
-    return page;
+    // The lesson's content decides, not its kind.
+    if (!lesson.tests.isEmpty())
+        return new CodeLessonView(model, lesson, actions, memory, parent);
+    return new ReadingLessonView(model, lesson, parent);
 }
 
 } // namespace Kestrun::LessonView

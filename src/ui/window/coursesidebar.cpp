@@ -11,6 +11,7 @@
 #include <QMouseEvent>
 #include <QProxyStyle>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace Kestrun {
@@ -147,7 +148,12 @@ void CourseSidebar::showSelection()
         // Modules open for the selected lesson and are never closed for it.
         m_view->expand(row.parent());
         m_view->setCurrentIndex(row);
-        m_view->scrollTo(row);
+        // Once laid out: a row brought into view from elsewhere shows in the
+        // middle, with its module above it.
+        QTimer::singleShot(0, m_view, [view = m_view, row = QPersistentModelIndex(row)] {
+            if (row.isValid() && !view->viewport()->rect().contains(view->visualRect(row)))
+                view->scrollTo(row, QAbstractItemView::PositionAtCenter);
+        });
     } else {
         m_view->selectionModel()->clearSelection();
     }

@@ -8,6 +8,7 @@
 #include "screens/homeview.h"
 #include "screens/lessonview.h"
 #include "screens/publishedactions.h"
+#include "screens/splittermemory.h"
 #include "texts/texts.h"
 #include "theme/icons.h"
 #include "theme/theme.h"
@@ -25,6 +26,7 @@ MainWindow::MainWindow(AppModel &model, QWidget *parent)
     : QMainWindow(parent)
     , m_model(model)
     , m_actions(new PublishedActions(this))
+    , m_splitters(new SplitterMemory(this))
     , m_sidebar(new CourseSidebar(model, this))
     , m_splitter(new QSplitter(Qt::Horizontal, this))
     , m_detailArea(new QWidget(this))
@@ -149,7 +151,7 @@ void MainWindow::showSelection()
     // A fresh screen for every lesson, so nothing carries over from the last one.
     if (!m_detail || id != m_detailLesson) {
         delete m_detail;
-        m_detail = lesson ? LessonView::create(m_model, *lesson, *m_actions, m_detailArea)
+        m_detail = lesson ? LessonView::create(m_model, *lesson, *m_actions, *m_splitters, m_detailArea)
                           : static_cast<QWidget *>(new HomeView(m_model, m_detailArea));
         m_detailLesson = id;
         m_detailArea->layout()->addWidget(m_detail);

@@ -14,6 +14,7 @@ class HomeView;
 class NoticeBanner;
 class PublishedActions;
 class SettingsWindow;
+class SplitterMemory;
 
 // The one window: the course outline beside the home screen or the selected
 // lesson, the previous and next buttons, the notice banner, and the menus.
@@ -43,6 +44,7 @@ private:
 
     AppModel &m_model;
     PublishedActions *m_actions;
+    SplitterMemory *m_splitters;
     CourseSidebar *m_sidebar;
     QSplitter *m_splitter;
     QWidget *m_detailArea;

@@ -6,12 +6,6 @@
 
 namespace Kestrun::Screenshots {
 
-bool on()
-{
-    static const bool set = qEnvironmentVariableIsSet("KRX_SCREENSHOTS");
-    return set;
-}
-
 void sizeWindow()
 {
     if (!on())

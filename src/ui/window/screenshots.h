@@ -1,10 +1,8 @@
 #pragma once
 
-namespace Kestrun::Screenshots {
+#include "app/screenshots.h"
 
-// Whether the environment holds KRX_SCREENSHOTS (any value, empty too):
-// pictures of the app are then framed alike and code runs without a click.
-bool on();
+namespace Kestrun::Screenshots {
 
 // In screenshots mode, puts the first visible window at 40,40 with
 // 1440×900 and brings it to the front, once the current update is done.
