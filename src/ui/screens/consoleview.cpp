@@ -79,7 +79,7 @@ QList<ConsoleView::Line> ConsoleView::lines(const std::optional<RunResult> &resu
     if (!result->compiled) {
         shown.append({Texts::get(result->timedOut ? Text::compilingTooLong : Text::didNotCompile), Kind::error});
         for (const RunResult::CompilerError &error : result->errors) {
-            shown.append({error.line ? Texts::get(Text::errorOnLine).arg(*error.line).arg(error.message) : error.message,
+            shown.append({error.line ? Texts::get(Text::errorOnLine).arg(QString::number(*error.line), error.message) : error.message,
                           Kind::error});
         }
         return shown;
