@@ -20,7 +20,7 @@ def main():
     course = json.loads((ROOT / "Resources" / "course.json").read_text(encoding="utf-8"))
     lessons = [lesson for chapter in course["chapters"] for module in chapter["modules"] for lesson in module["lessons"]]
 
-    session = Session(PROGRAM).start()
+    session = Session(PROGRAM, screenshots_mode=True).start()
     try:
         session.wait(role="label", contains="on this computer")
         session.screenshot(out / "home-fresh.png")
@@ -46,7 +46,7 @@ def main():
     now = datetime.datetime.now(datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
     done = {lesson["id"]: now for lesson in lessons[:9]}
     done[lessons[10]["id"]] = now
-    session = Session(PROGRAM)
+    session = Session(PROGRAM, screenshots_mode=True)
     session.write_progress({"code": {}, "done": done, "ticks": {}})
     session.start()
     try:
@@ -56,7 +56,7 @@ def main():
         session.close()
 
     # No toolchain: /opt, where Swift is installed here, hidden by a sandbox.
-    session = Session(PROGRAM, wrap=["bwrap", "--dev-bind", "/", "/", "--tmpfs", "/opt", "--"])
+    session = Session(PROGRAM, wrap=["bwrap", "--dev-bind", "/", "/", "--tmpfs", "/opt", "--"], screenshots_mode=True)
     session.start()
     try:
         session.wait(role="label", contains="has no Swift compiler yet")

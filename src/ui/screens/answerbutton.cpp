@@ -4,6 +4,7 @@
 #include "theme/icons.h"
 #include "theme/theme.h"
 
+#include <QAccessibleWidget>
 #include <QLabel>
 #include <QPainter>
 #include <QPainterPath>
@@ -15,6 +16,49 @@ namespace {
 constexpr int padding = 10;
 constexpr int spacing = 10;
 
+// To assistive technology an answer is one of a question's choices: a radio
+// button, checked and selected once picked.
+class AccessibleAnswer : public QAccessibleWidget {
+public:
+    explicit AccessibleAnswer(AnswerButton *answer)
+        : QAccessibleWidget(answer, QAccessible::RadioButton)
+    {
+        addControllingSignal(QStringLiteral("clicked(bool)"));
+    }
+
+    QString text(QAccessible::Text t) const override
+    {
+        return t == QAccessible::Name ? answer()->text() : QAccessibleWidget::text(t);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.checkable = true;
+        state.checked = answer()->isPicked();
+        state.selected = answer()->isPicked();
+        return state;
+    }
+
+    QStringList actionNames() const override { return {pressAction()}; }
+
+    void doAction(const QString &name) override
+    {
+        if (name == pressAction())
+            answer()->click();
+    }
+
+private:
+    AnswerButton *answer() const { return static_cast<AnswerButton *>(widget()); }
+};
+
+QAccessibleInterface *accessibleAnswer(const QString &className, QObject *object)
+{
+    if (className == QLatin1String("Kestrun::AnswerButton") && object->isWidgetType())
+        return new AccessibleAnswer(static_cast<AnswerButton *>(object));
+    return nullptr;
+}
+
 } // namespace
 
 AnswerButton::AnswerButton(const QString &markdown, QWidget *parent)
@@ -22,6 +66,11 @@ AnswerButton::AnswerButton(const QString &markdown, QWidget *parent)
     , m_mark(new QLabel(this))
     , m_text(new MarkdownLabel(markdown, Theme::TextStyle::body, this))
 {
+    static const bool factoryInstalled = [] {
+        QAccessible::installFactory(accessibleAnswer);
+        return true;
+    }();
+    Q_UNUSED(factoryInstalled)
     setCursor(Qt::PointingHandCursor);
     setText(m_text->text());
     setAccessibleName(m_text->text());
