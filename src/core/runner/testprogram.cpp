@@ -1,14 +1,34 @@
 #include "runner.h"
 
+#include <algorithm>
+
 namespace Kestrun::Runner {
 
-QString prelude()
+namespace {
+
+// One statement on the line of setvbuf, so that the prelude has as many
+// lines with a timer as without.
+QString timer(std::optional<double> runLimit, const char *which)
+{
+    if (!runLimit)
+        return QString();
+    const qint64 micro = qint64(std::clamp(*runLimit, 0.001, 1e6) * 1e6);
+    return QStringLiteral("; do { var t = itimerval(); t.it_value.tv_sec = %1; t.it_value.tv_usec = %2; "
+                          "_ = setitimer(%3, &t, nil) }")
+        .arg(micro / 1000000)
+        .arg(micro % 1000000)
+        .arg(QLatin1String(which));
+}
+
+} // namespace
+
+QString prelude(std::optional<double> runLimit)
 {
 #if defined(Q_OS_MACOS)
     return QStringLiteral("#if canImport(Darwin)\n"
                           "import Darwin\n"
-                          "setvbuf(stdout, nil, _IOLBF, 0)\n"
-                          "#endif\n");
+                          "setvbuf(stdout, nil, _IOLBF, 0)")
+        + timer(runLimit, "ITIMER_REAL") + QStringLiteral("\n#endif\n");
 #else
     // Pipes are fully buffered by default. Glibc's stdout is a mutable
     // global, which Swift 6's strict concurrency rejects unless imported
@@ -16,8 +36,8 @@ QString prelude()
     // Foundation or Glibc again.
     return QStringLiteral("#if canImport(Glibc)\n"
                           "@preconcurrency import Glibc\n"
-                          "setvbuf(stdout, nil, _IOLBF, 0)\n"
-                          "#endif\n");
+                          "setvbuf(stdout, nil, _IOLBF, 0)")
+        + timer(runLimit, "__itimer_which_t(ITIMER_REAL.rawValue)") + QStringLiteral("\n#endif\n");
 #endif
 }
 
@@ -39,7 +59,7 @@ QString testBlock(int test, const QString &checkCode, const QString &nonce)
 
 } // namespace
 
-Program program(const QString &code, const QList<LessonTest> &tests, const QString &nonce)
+Program program(const QString &code, const QList<LessonTest> &tests, const QString &nonce, std::optional<double> runLimit)
 {
     QString cleaned = code;
     cleaned.remove(QLatin1Char('\r'));
@@ -52,7 +72,7 @@ Program program(const QString &code, const QList<LessonTest> &tests, const QStri
         }
     }
 
-    const QString head = prelude();
+    const QString head = prelude(runLimit);
     Program p;
     p.source = head + cleaned + QStringLiteral("\n\n// MARK: the lesson's tests\n") + blocks.join(QLatin1Char('\n'))
         + QLatin1Char('\n');
