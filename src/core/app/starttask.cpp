@@ -4,7 +4,9 @@
 #include "startup.h"
 #include "runner/coderunner.h"
 #include "runner/runner.h"
+#include "runner/workdirectory.h"
 
+#include <QDir>
 #include <QtConcurrentRun>
 
 namespace Kestrun {
@@ -22,24 +24,52 @@ void StartTask::start()
         return;
     m_started = true;
     QtConcurrent::run([search = m_search] {
-        std::optional<Toolchain> toolchain = search();
-        // The first run through an interpreter is the slow one.
-        if (toolchain && toolchain->interpreter)
-            warmUp(*toolchain);
-        return toolchain;
-    }).then(this, [this](const std::optional<Toolchain> &toolchain) {
-        const RunnerState state = StartUp::runnerState(toolchain);
-        if (state.kind == RunnerState::Kind::ready)
-            m_model.setRunner(std::make_shared<LocalRunner>(*toolchain));
-        m_model.setRunnerState(state);
-        m_finished = true;
-        Q_EMIT finished();
+        WorkDirectory::removeAbandoned(QDir::tempPath());
+        return search();
+    }).then(this, [this](const std::optional<Toolchain> &toolchain) { setRunner(toolchain); });
+}
+
+void StartTask::setRunner(const std::optional<Toolchain> &toolchain)
+{
+    const RunnerState state = StartUp::runnerState(toolchain);
+    const bool ready = state.kind == RunnerState::Kind::ready;
+    if (ready)
+        m_model.setRunner(std::make_shared<LocalRunner>(*toolchain));
+    m_model.setRunnerState(state);
+    m_finished = true;
+    Q_EMIT finished();
+
+    if (ready) {
+        warmUpInBackground(*toolchain);
+    } else {
+        m_warmedUp = true;
+        Q_EMIT warmedUp();
+    }
+}
+
+// The learner may Run meanwhile: the runner is already set, only slower
+// until the caches are warm.
+void StartTask::warmUpInBackground(const Toolchain &toolchain)
+{
+    QtConcurrent::run([toolchain] {
+        if (warmUp(toolchain) || !toolchain.interpreter)
+            return toolchain;
+        const Toolchain compiling = toolchain.compiling();
+        warmUp(compiling);
+        return compiling;
+    }).then(this, [this, toolchain](const Toolchain &works) {
+        if (works != toolchain)
+            m_model.setRunner(std::make_shared<LocalRunner>(works));
+        m_warmedUp = true;
+        Q_EMIT warmedUp();
     });
 }
 
-void StartTask::warmUp(const Toolchain &toolchain)
+bool StartTask::warmUp(const Toolchain &toolchain)
 {
-    Runner::check(Lesson::warmUp(), QStringLiteral("print(1)"), toolchain, warmUpTimeout);
+    const RunResult result
+        = Runner::check(Lesson::warmUp(), QStringLiteral("import Foundation\nprint(1)"), toolchain, warmUpTimeout);
+    return result.compiled && !result.crashed && !result.timedOut && result.output == QLatin1String("1");
 }
 
 } // namespace Kestrun
