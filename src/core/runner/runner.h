@@ -24,7 +24,7 @@ struct Program {
 // Runs before the learner's code: makes standard output line-buffered, so
 // that lines printed before a crash or a kill are not lost in a buffer, and
 // with a run limit arms a timer that ends the program with SIGALRM when the
-// limit is up. The interpreter compiles before it runs, under one outer
+// limit (rounded up to whole seconds) is up. The interpreter compiles before it runs, under one outer
 // limit; the timer counts from the moment the learner's code starts.
 QString prelude(std::optional<double> runLimit = std::nullopt);
 
