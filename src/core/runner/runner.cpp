@@ -80,6 +80,8 @@ RunResult check(const Lesson &lesson, const QString &code, const Toolchain &tool
             + common;
         const std::optional<Shell::Output> run = stoppedByTimer(
             Sandbox::run(*toolchain.interpreter, args, work.path(), writable, runTimeout + interpretExtra));
+        if (!Sandbox::usable())
+            work.killProcessesInside();
         // The JIT's failure to link is what the linker reports when compiling.
         if (run && run->status != 0 && !run->timedOut
             && (run->standardError.contains(QLatin1String(": error: "))
@@ -94,14 +96,20 @@ RunResult check(const Lesson &lesson, const QString &code, const Toolchain &tool
     // The driver gives each compile job a process group of its own: killing
     // the driver's leaves them running.
     if (compile && (compile->timedOut || compile->status == SIGKILL))
-        Shell::killProcessesIn(work.path());
+        work.killProcessesInside();
     if (!compile)
         return judgement.compileFailure(Texts::get(Text::compilerNotStarted), assembled, false);
     const QString executable = work.file(QStringLiteral("program"));
     if (compile->status != 0 || !QFileInfo::exists(executable))
         return judgement.compileFailure(compile->standardError, assembled, compile->timedOut);
 
-    return judgement.runOutcome(stoppedByTimer(Sandbox::run(executable, {}, work.path(), writable, runTimeout)), nonce);
+    const std::optional<Shell::Output> run
+        = stoppedByTimer(Sandbox::run(executable, {}, work.path(), writable, runTimeout));
+    // Without a PID namespace, what started a session of its own is out of
+    // the run's group; it still works in the run's directory.
+    if (!Sandbox::usable())
+        work.killProcessesInside();
+    return judgement.runOutcome(run, nonce);
 }
 
 RunResult judge(const Lesson &lesson, const QString &code, const QString &nonce, const std::optional<Shell::Output> &run)

@@ -11,8 +11,9 @@
 // installed and works here (own PID namespace, so that everything the program
 // started ends with the run; no network; the whole file system read-only but
 // for the given directories and a private /tmp; a new session), otherwise as
-// a process group of its own. Either way with Shell's learner limits, and
-// killed when this process dies.
+// a process group of its own (what leaves that group the caller finds with
+// WorkDirectory::killProcessesInside). Either way with Shell's learner
+// limits, and killed when this process dies.
 namespace Kestrun::Sandbox {
 
 // Size of the private /tmp inside the sandbox.

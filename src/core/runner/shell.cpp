@@ -2,9 +2,7 @@
 
 #include <QByteArray>
 #include <QByteArrayList>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <cerrno>
@@ -519,30 +517,6 @@ std::optional<Output> tryRun(const QString &executable, const QStringList &argum
     } catch (const LaunchError &) {
         return std::nullopt;
     }
-}
-
-void killProcessesIn(const QString &directory)
-{
-#ifdef Q_OS_LINUX
-    const QString canonical = QFileInfo(directory).canonicalFilePath();
-    const QString inside = canonical.isEmpty() ? directory : canonical;
-    const QString self = QString::number(::getpid());
-    for (int round = 0; round < 20; ++round) {
-        int found = 0;
-        for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            if (!pid.front().isDigit() || pid == self)
-                continue;
-            const QString cwd = QFile::symLinkTarget(QStringLiteral("/proc/") + pid + QStringLiteral("/cwd"));
-            if ((cwd == inside || cwd.startsWith(inside + QLatin1Char('/'))) && ::kill(pid.toInt(), SIGKILL) == 0)
-                ++found;
-        }
-        if (found == 0)
-            return;
-        ::usleep(2000);
-    }
-#else
-    Q_UNUSED(directory);
-#endif
 }
 
 void stopAll()

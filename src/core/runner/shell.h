@@ -74,12 +74,6 @@ std::optional<Output> tryRun(const QString &executable, const QStringList &argum
                              const std::optional<QString> &workingDirectory, double timeout,
                              Limits limits = Limits::none);
 
-// Kills the processes of this user that work in `directory` or below it,
-// again while any are found, so that what they start meanwhile goes too:
-// what escaped a run's process group, unless it left the run's directory.
-// Linux only; elsewhere it does nothing.
-void killProcessesIn(const QString &directory);
-
 // For quitting: kills every running child with its group, so that each run
 // returns at once, and makes every later run fail with ECANCELED. For good.
 void stopAll();

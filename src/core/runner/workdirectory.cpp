@@ -5,6 +5,7 @@
 #include <QUuid>
 
 #include <cerrno>
+#include <csignal>
 #include <system_error>
 
 #include <fcntl.h>
@@ -75,6 +76,35 @@ WorkDirectory::~WorkDirectory()
     // Held until the directory is gone, so that no one else removes it meanwhile.
     if (m_lock >= 0)
         ::close(m_lock);
+}
+
+void WorkDirectory::killProcessesInside() const
+{
+#ifdef Q_OS_LINUX
+    if (!isValid())
+        return;
+    // As the kernel shows working directories: with links resolved.
+    const QString canonical = QFileInfo(m_path).canonicalFilePath();
+    const QString inside = canonical.isEmpty() ? m_path : canonical;
+    const QString self = QString::number(::getpid());
+    for (int round = 0; round < 20; ++round) {
+        int found = 0;
+        for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            if (!pid.front().isDigit() || pid == self)
+                continue;
+            const QString process = QStringLiteral("/proc/") + pid;
+            struct stat info;
+            if (::stat(QFile::encodeName(process).constData(), &info) != 0 || info.st_uid != ::getuid())
+                continue;
+            const QString cwd = QFile::symLinkTarget(process + QStringLiteral("/cwd"));
+            if ((cwd == inside || cwd.startsWith(inside + QLatin1Char('/'))) && ::kill(pid.toInt(), SIGKILL) == 0)
+                ++found;
+        }
+        if (found == 0)
+            return;
+        ::usleep(2000);
+    }
+#endif
 }
 
 QString WorkDirectory::file(const QString &name) const

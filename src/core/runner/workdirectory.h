@@ -26,6 +26,12 @@ public:
     QString path() const { return m_path; }
     QString file(const QString &name) const;
 
+    // Kills this user's processes that work in this directory or below it,
+    // again while any are found, so that what they start meanwhile goes
+    // too: what escaped a run's process group, unless it left the directory.
+    // Linux only; elsewhere it does nothing.
+    void killProcessesInside() const;
+
     // Removes the work directories in `temporaryDirectory` whose lock no
     // live run holds, as a process that was killed leaves them. Returns how
     // many.
