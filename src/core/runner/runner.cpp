@@ -6,9 +6,9 @@
 #include "workdirectory.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QFile>
 #include <QStandardPaths>
 #include <QUuid>
 

@@ -2,9 +2,7 @@
 #include "app/starttask.h"
 #include "progress/progressstore.h"
 #include "runner/coderunner.h"
-#include "runner/workdirectory.h"
 
-#include <QDir>
 #include <QFile>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -96,36 +94,6 @@ private Q_SLOTS:
         QVERIFY(runner);
         QCOMPARE(runner->toolchain().interpreter.has_value(), interprets);
         QCOMPARE(runner->toolchain().swiftc, toolchain.swiftc);
-    }
-
-    // What a killed run left behind goes; what a live run holds stays.
-    void removesAbandonedWorkDirectories()
-    {
-        QTemporaryDir tmp;
-        const QByteArray saved = qgetenv("TMPDIR");
-        qputenv("TMPDIR", tmp.path().toUtf8());
-        const QString abandoned = tmp.filePath(WorkDirectory::prefix + "ABANDONED");
-        QVERIFY(QDir().mkpath(abandoned + "/sub"));
-        QFile lock(abandoned + "/.lock");
-        QVERIFY(lock.open(QIODevice::WriteOnly));
-        lock.close();
-        const QString foreign = tmp.filePath(WorkDirectory::prefix + "WITHOUT-LOCK");
-        QVERIFY(QDir().mkpath(foreign));
-        {
-            const WorkDirectory live;
-            QVERIFY(live.isValid());
-
-            ProgressStore store(m_dir.filePath(QStringLiteral("unused.json")));
-            AppModel model(Course{}, &store);
-            StartTask task(model, [] { return std::optional<Toolchain>(); });
-            task.start();
-            QTRY_VERIFY(task.isWarmedUp());
-            QVERIFY(!QFileInfo::exists(abandoned));
-            QVERIFY(QFileInfo::exists(live.path()));
-            QVERIFY(QFileInfo::exists(foreign));
-        }
-        QCOMPARE(QDir(tmp.path()).entryList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot), QStringList{"kestrun-WITHOUT-LOCK"});
-        qputenv("TMPDIR", saved);
     }
 };
 
