@@ -1,12 +1,16 @@
-// The self-test of the shipped course: its wall time, checking lessons in
-// parallel, beside the sum of its lessons' checks done one at a time.
+// The self-test of the whole shipped course: its wall time with 1, 2 and 4
+// lesson checks in flight, and how that scales (the app's default is one
+// fewer than the cores, at least two). Each includes the three runner probes
+// before the lessons, about 3 s one after another. Interprets unless
+// KESTRUN_COMPILE=1.
 //
-//   selftest_bench
+//   selftest_bench [IN_FLIGHT...]
 
 #include "selftest/selftest.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QThread>
 
 #include <cstdio>
 
@@ -20,28 +24,32 @@ int main(int argc, char *argv[])
         std::puts("self-test: no Swift toolchain found, skipped");
         return 0;
     }
+    QList<int> widths;
+    for (int i = 1; i < argc; ++i)
+        widths.append(std::max(1, atoi(argv[i])));
+    if (widths.isEmpty())
+        widths = {1, 2, 4};
 
-    SelfTest::Options options;
-    options.findToolchain = [&] { return toolchain; };
-    options.print = [](const QString &) {};
-    QElapsedTimer timer;
-    timer.start();
-    const int status = SelfTest::run(options);
-    const double wall = timer.nsecsElapsed() / 1e9;
-
-    const auto solutions = SelfTest::readSolutions(SelfTest::defaultSolutionsPath());
-    double sum = 0;
-    int lessons = 0;
-    for (const Lesson &lesson : Course::load().lessons()) {
-        if (lesson.tests.isEmpty() || !solutions)
-            continue;
-        timer.restart();
-        SelfTest::checkLesson(lesson, *solutions, *toolchain);
-        sum += timer.nsecsElapsed() / 1e9;
-        ++lessons;
+    std::printf("Self-test of the shipped course (%s, default %d in flight on %d cores):\n",
+                toolchain->interpreter ? "interpreting" : "compiling", SelfTest::defaultParallelism(),
+                QThread::idealThreadCount());
+    int status = 0;
+    double single = 0;
+    for (const int width : widths) {
+        SelfTest::Options options;
+        options.findToolchain = [&] { return toolchain; };
+        QString last;
+        options.print = [&](const QString &line) { last = line; };
+        options.parallelism = width;
+        QElapsedTimer timer;
+        timer.start();
+        const int result = SelfTest::run(options);
+        const double wall = timer.nsecsElapsed() / 1e9;
+        if (width == widths.first())
+            single = wall;
+        std::printf("  %d in flight: %5.1f s, %.2fx as fast as %d in flight  (%s)\n", width, wall, single / wall,
+                    widths.first(), qPrintable(last.left(48)));
+        status |= result;
     }
-    std::printf("self-test: status %d, wall %.1f s with %d lesson checks at once; "
-                "its %d lesson checks one by one: %.1f s in all\n",
-                status, wall, SelfTest::defaultParallelism(), lessons, sum);
     return status;
 }

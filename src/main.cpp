@@ -1,15 +1,32 @@
 #include "window/kestrunapp.h"
 #include "window/mainwindow.h"
 #include "selftest/selftest.h"
+#include "app/signalquit.h"
 #include "app/startup.h"
+#include "runner/shell.h"
 #include "texts/texts.h"
 #include "theme/theme.h"
 
 #include <QApplication>
+#include <QThreadPool>
+#include <QtConcurrentRun>
 
 #include <cstdio>
 
 using namespace Kestrun;
+
+namespace {
+
+// However the event loop ended (Quit, SIGTERM, Ctrl+C, the self-test done):
+// children still running are killed, so every run returns and removes its
+// work directory, and the process waits for that before it ends.
+void stopRuns()
+{
+    Shell::stopAll();
+    QThreadPool::globalInstance()->waitForDone();
+}
+
+} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -21,13 +38,22 @@ int main(int argc, char *argv[])
     if (mode.selfTest) {
         // No GUI platform: the self-test runs over SSH and in CI.
         QCoreApplication app(argc, argv);
-        return SelfTest::run(mode.solutionsPath);
+        const SignalQuit signalQuit;
+        QObject::connect(&app, &QCoreApplication::aboutToQuit, &Shell::stopAll);
+        // Off the main thread, so that the event loop is there to take a signal.
+        QtConcurrent::run([path = mode.solutionsPath] { return SelfTest::run(path); }).then(&app, [](int status) {
+            QCoreApplication::exit(status);
+        });
+        const int status = app.exec();
+        stopRuns();
+        return signalQuit.signal() ? 128 + signalQuit.signal() : status;
     }
 
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Kestrun"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrun"));
     Theme::apply(app);
+    const SignalQuit signalQuit;
 
     std::unique_ptr<KestrunApp> kestrun;
     try {
@@ -41,6 +67,9 @@ int main(int argc, char *argv[])
 
     MainWindow window(kestrun->model());
     QObject::connect(&window, &MainWindow::shown, kestrun.get(), [&] { kestrun->findCompiler(); });
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &Shell::stopAll);
     window.show();
-    return app.exec();
+    const int status = app.exec();
+    stopRuns();
+    return status;
 }

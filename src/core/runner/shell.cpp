@@ -9,17 +9,22 @@
 #include <chrono>
 #include <cmath>
 #include <memory>
+#include <mutex>
+#include <set>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #ifdef Q_OS_LINUX
+#include <sched.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #endif
 
@@ -113,8 +118,10 @@ QByteArrayList environmentBytes()
         result.prepend(QByteArray("PATH=") + defaultPath);
 #ifdef Q_OS_LINUX
     // The runtime's crash backtracer can symbolicate for tens of seconds and
-    // turn every crash into a time-out.
+    // turn every crash into a time-out; the interpreter's own crash report
+    // would look for llvm-symbolizer on PATH and spend a quarter second.
     result.append("SWIFT_BACKTRACE=enable=no");
+    result.append("LLVM_DISABLE_SYMBOLIZATION=1");
 #endif
     return result;
 }
@@ -130,6 +137,26 @@ std::vector<char *> pointers(QByteArrayList &list)
     return result;
 }
 
+// Every child that runs now, so that stopAll() can reach them.
+struct Registry {
+    std::mutex mutex;
+    std::set<pid_t> running;
+    bool stopped = false;
+};
+
+Registry &registry()
+{
+    static Registry r;
+    return r;
+}
+
+void killWithGroup(pid_t pid)
+{
+    ::kill(-pid, SIGKILL);
+    // A child that moved to another group is not reached by the first.
+    ::kill(pid, SIGKILL);
+}
+
 // One started child, in a process group of its own. Whatever happens to the
 // caller, the group is killed and the child reaped before this goes away.
 class Child {
@@ -141,6 +168,12 @@ public:
         // Unavailable on old kernels; the loop then looks every few milliseconds.
         m_pidFd.reset(int(::syscall(SYS_pidfd_open, pid, 0)));
 #endif
+        Registry &r = registry();
+        std::lock_guard lock(r.mutex);
+        r.running.insert(pid);
+        // stopAll() came between the check before starting and here.
+        if (r.stopped)
+            killWithGroup(pid);
     }
     Child(const Child &) = delete;
     Child &operator=(const Child &) = delete;
@@ -162,12 +195,18 @@ public:
         return info.si_pid == m_pid;
     }
 
-    // Kills the whole group (the child too, if it still runs) and reaps the
+    // Kills the whole group and the child, if they still run, and reaps the
     // child. Returns its wait status; none when this process is set up to
     // have its children reaped by the system.
     std::optional<int> finish()
     {
-        ::kill(-m_pid, SIGKILL);
+        {
+            // Unlisted before it is reaped: once reaped, its id may be reused.
+            Registry &r = registry();
+            std::lock_guard lock(r.mutex);
+            r.running.erase(m_pid);
+        }
+        killWithGroup(m_pid);
         int status = 0;
         pid_t reaped;
         do
@@ -242,15 +281,133 @@ struct Started {
     Stream streams[2];
 };
 
-// Step 1: spawns the child with its pipes, environment, working directory and
-// process group. Throws LaunchError when it cannot be started.
-Started start(const QString &executable, const QStringList &arguments,
-              const std::optional<QString> &workingDirectory)
+// What the child does between its creation and exec, prepared in full
+// beforehand: the child may only make system calls, since it shares (Linux)
+// or copied (elsewhere) the memory of a process whose other threads may hold
+// any lock.
+struct Plan {
+    char *const *argv;
+    char *const *envp;
+    const char *directory;   // none: stay
+    int out;
+    int err;
+    int report;              // close-on-exec pipe that gets errno when exec fails
+    pid_t parent;
+    bool limited;
+};
+
+void setLimit(int resource, qint64 value)
 {
+    const rlimit limit{rlim_t(value), rlim_t(value)};
+    ::setrlimit(resource, &limit);
+}
+
+[[noreturn]] void failInChild(const Plan &plan)
+{
+    const int error = errno;
+    [[maybe_unused]] const ssize_t written = ::write(plan.report, &error, sizeof error);
+    ::_exit(127);
+}
+
+// Async-signal-safe from here to exec.
+[[noreturn]] void becomeChild(const Plan &plan)
+{
+    // Default handling for every signal: the parent's handlers must never run
+    // here. Signals stay blocked, as the parent blocked them, until exec is near.
+    struct sigaction defaults = {};
+    defaults.sa_handler = SIG_DFL;
+    for (int sig = 1; sig < NSIG; ++sig) {
+        if (sig != SIGKILL && sig != SIGSTOP)
+            ::sigaction(sig, &defaults, nullptr);
+    }
+    // A group of its own, so that everything the child starts can be killed with it.
+    ::setpgid(0, 0);
+#ifdef Q_OS_LINUX
+    // Dies with the thread that started it; if that is gone already, at once.
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (::getppid() != plan.parent)
+        ::_exit(127);
+#endif
+    const int input = ::open("/dev/null", O_RDONLY);
+    if (input < 0 || ::dup2(input, STDIN_FILENO) < 0 || ::dup2(plan.out, STDOUT_FILENO) < 0
+        || ::dup2(plan.err, STDERR_FILENO) < 0)
+        failInChild(plan);
+    if (plan.directory && ::chdir(plan.directory) != 0)
+        failInChild(plan);
+    // Descriptors other code opened without close-on-exec stay out of the
+    // child; the report pipe closes on exec by itself.
+    const int keep = std::max(STDERR_FILENO, plan.report);
+    for (int fd = STDERR_FILENO + 1; fd < keep; ++fd)
+        ::close(fd);
+#if defined(Q_OS_LINUX) && defined(SYS_close_range)
+    if (::syscall(SYS_close_range, keep + 1, ~0U, 0) != 0)
+#endif
+    {
+        rlimit files{};
+        ::getrlimit(RLIMIT_NOFILE, &files);
+        const int top = files.rlim_cur == RLIM_INFINITY ? 65536 : int(std::min<rlim_t>(files.rlim_cur, 1 << 20));
+        for (int fd = keep + 1; fd < top; ++fd)
+            ::close(fd);
+    }
+    if (plan.limited) {
+        setLimit(RLIMIT_DATA, memoryLimit);
+        setLimit(RLIMIT_AS, addressSpaceLimit);
+        setLimit(RLIMIT_FSIZE, fileSizeLimit);
+        setLimit(RLIMIT_CORE, 0);
+    }
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::execve(plan.argv[0], plan.argv, plan.envp);
+    failInChild(plan);
+}
+
+#ifdef Q_OS_LINUX
+int childEntry(void *plan)
+{
+    becomeChild(*static_cast<const Plan *>(plan));
+}
+#endif
+
+// Starts the child; returns its id, or -1 with errno set.
+pid_t startChild(const Plan &plan)
+{
+    // No signal may reach a handler of this process in the child before the
+    // child has reset them.
+    sigset_t all, previous;
+    sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &previous);
+#ifdef Q_OS_LINUX
+    // Shares memory and suspends this thread until the exec: unlike fork, no
+    // copy of this process's page tables, whatever its size.
+    constexpr std::size_t stackSize = 64 * 1024;
+    std::unique_ptr<std::max_align_t[]> stack(new std::max_align_t[stackSize / sizeof(std::max_align_t)]);
+    const pid_t pid = ::clone(childEntry, reinterpret_cast<char *>(stack.get()) + stackSize,
+                              CLONE_VM | CLONE_VFORK | SIGCHLD, const_cast<Plan *>(&plan));
+#else
+    const pid_t pid = ::fork();
+    if (pid == 0)
+        becomeChild(plan);
+#endif
+    const int error = errno;
+    ::pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+    errno = error;
+    return pid;
+}
+
+// Step 1: starts the child with its pipes, environment, working directory,
+// process group and limits. Throws LaunchError when it cannot be started.
+Started start(const QString &executable, const QStringList &arguments,
+              const std::optional<QString> &workingDirectory, Limits limits)
+{
+    if (stopped())
+        fail(executable, ECANCELED);
     Started started;
-    Fd outWrite, errWrite;
+    Fd outWrite, errWrite, reportRead, reportWrite;
     makePipe(executable, started.streams[0].fd, outWrite);
     makePipe(executable, started.streams[1].fd, errWrite);
+    makePipe(executable, reportRead, reportWrite);
+    ::fcntl(reportRead.get(), F_SETFL, ::fcntl(reportRead.get(), F_GETFL) & ~O_NONBLOCK);
 
     QByteArrayList argumentBytes{QFile::encodeName(executable)};
     for (const QString &argument : arguments)
@@ -260,41 +417,29 @@ Started start(const QString &executable, const QStringList &arguments,
     const std::vector<char *> envp = pointers(environmentList);
     const QByteArray directory = workingDirectory ? QFile::encodeName(*workingDirectory) : QByteArray();
 
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawnattr_init(&attributes);
-    ::posix_spawn_file_actions_adddup2(&actions, outWrite.get(), STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&actions, errWrite.get(), STDERR_FILENO);
-    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    if (workingDirectory)
-        ::posix_spawn_file_actions_addchdir_np(&actions, directory.constData());
-#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 34)
-    // Descriptors other code opened without close-on-exec stay out of the child too.
-    ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
-#endif
+    const Plan plan{argv.data(), envp.data(), workingDirectory ? directory.constData() : nullptr,
+                    outWrite.get(), errWrite.get(), reportWrite.get(), ::getpid(), limits == Limits::learner};
+    const pid_t pid = startChild(plan);
+    if (pid < 0)
+        fail(executable, errno);
+    // Only the child may hold the write ends, or the pipes never end.
+    outWrite.reset();
+    errWrite.reset();
+    reportWrite.reset();
 
-    // A group of its own, so that everything the child starts can be killed
-    // with it; default signal handling and no blocked signals, whatever this
-    // process has set up for itself.
-    sigset_t defaults, mask;
-    sigfillset(&defaults);
-    sigdelset(&defaults, SIGKILL);
-    sigdelset(&defaults, SIGSTOP);
-    sigemptyset(&mask);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-    ::posix_spawnattr_setpgroup(&attributes, 0);
-    ::posix_spawnattr_setsigdefault(&attributes, &defaults);
-    ::posix_spawnattr_setsigmask(&attributes, &mask);
-
-    pid_t pid = 0;
-    const int spawnError = ::posix_spawn(&pid, argv[0], &actions, &attributes, argv.data(), envp.data());
-    ::posix_spawn_file_actions_destroy(&actions);
-    ::posix_spawnattr_destroy(&attributes);
-    if (spawnError != 0)
-        fail(executable, spawnError);
+    // The report pipe ends at the exec, or brings the reason it failed.
+    int error = 0;
+    ssize_t n;
+    do
+        n = ::read(reportRead.get(), &error, sizeof error);
+    while (n < 0 && errno == EINTR);
+    if (n == sizeof error) {
+        int status;
+        while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+        }
+        fail(executable, error);
+    }
     started.child = std::make_unique<Child>(pid);
-    // The write ends close here: only the child may hold them, or the pipes never end.
     return started;
 }
 
@@ -354,9 +499,9 @@ Output outcome(const std::optional<int> &ended, bool limitReached, const Stream 
 } // namespace
 
 Output run(const QString &executable, const QStringList &arguments,
-           const std::optional<QString> &workingDirectory, double timeout)
+           const std::optional<QString> &workingDirectory, double timeout, Limits limits)
 {
-    Started started = start(executable, arguments, workingDirectory);
+    Started started = start(executable, arguments, workingDirectory, limits);
     QByteArray buffer(chunkSize, Qt::Uninitialized);
     const bool limitReached = readUntilEnd(started, timeout, buffer.data());
     const std::optional<int> ended = started.child->finish();
@@ -365,13 +510,29 @@ Output run(const QString &executable, const QStringList &arguments,
 }
 
 std::optional<Output> tryRun(const QString &executable, const QStringList &arguments,
-                             const std::optional<QString> &workingDirectory, double timeout)
+                             const std::optional<QString> &workingDirectory, double timeout, Limits limits)
 {
     try {
-        return run(executable, arguments, workingDirectory, timeout);
+        return run(executable, arguments, workingDirectory, timeout, limits);
     } catch (const LaunchError &) {
         return std::nullopt;
     }
+}
+
+void stopAll()
+{
+    Registry &r = registry();
+    std::lock_guard lock(r.mutex);
+    r.stopped = true;
+    for (const pid_t pid : r.running)
+        killWithGroup(pid);
+}
+
+bool stopped()
+{
+    Registry &r = registry();
+    std::lock_guard lock(r.mutex);
+    return r.stopped;
 }
 
 } // namespace Kestrun::Shell

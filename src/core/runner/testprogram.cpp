@@ -1,14 +1,33 @@
 #include "runner.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace Kestrun::Runner {
 
-QString prelude()
+namespace {
+
+// One statement on the line of setvbuf, so that the prelude has as many
+// lines with a timer as without. Whole seconds, rounded up: setitimer would
+// be exact, but its few lines cost the compiler 55 ms of processor time on
+// every run, alarm() about 1 ms.
+QString timer(std::optional<double> runLimit)
+{
+    if (!runLimit)
+        return QString();
+    const int seconds = int(std::ceil(std::clamp(*runLimit, 1.0, 1e6)));
+    return QStringLiteral("; _ = alarm(%1)").arg(seconds);
+}
+
+} // namespace
+
+QString prelude(std::optional<double> runLimit)
 {
 #if defined(Q_OS_MACOS)
     return QStringLiteral("#if canImport(Darwin)\n"
                           "import Darwin\n"
-                          "setvbuf(stdout, nil, _IOLBF, 0)\n"
-                          "#endif\n");
+                          "setvbuf(stdout, nil, _IOLBF, 0)")
+        + timer(runLimit) + QStringLiteral("\n#endif\n");
 #else
     // Pipes are fully buffered by default. Glibc's stdout is a mutable
     // global, which Swift 6's strict concurrency rejects unless imported
@@ -16,8 +35,8 @@ QString prelude()
     // Foundation or Glibc again.
     return QStringLiteral("#if canImport(Glibc)\n"
                           "@preconcurrency import Glibc\n"
-                          "setvbuf(stdout, nil, _IOLBF, 0)\n"
-                          "#endif\n");
+                          "setvbuf(stdout, nil, _IOLBF, 0)")
+        + timer(runLimit) + QStringLiteral("\n#endif\n");
 #endif
 }
 
@@ -39,7 +58,7 @@ QString testBlock(int test, const QString &checkCode, const QString &nonce)
 
 } // namespace
 
-Program program(const QString &code, const QList<LessonTest> &tests, const QString &nonce)
+Program program(const QString &code, const QList<LessonTest> &tests, const QString &nonce, std::optional<double> runLimit)
 {
     QString cleaned = code;
     cleaned.remove(QLatin1Char('\r'));
@@ -52,7 +71,7 @@ Program program(const QString &code, const QList<LessonTest> &tests, const QStri
         }
     }
 
-    const QString head = prelude();
+    const QString head = prelude(runLimit);
     Program p;
     p.source = head + cleaned + QStringLiteral("\n\n// MARK: the lesson's tests\n") + blocks.join(QLatin1Char('\n'))
         + QLatin1Char('\n');

@@ -20,13 +20,20 @@ struct Toolchain {
     QString swiftc;                     // absolute path of the compiler driver
     QString sdk;                        // absolute path of the SDK; empty where none is needed
     QString version;                    // major.minor, such as "6.2"; "?" when unreadable
-    std::optional<QString> interpreter; // swift-frontend, set only by the sandboxed macOS search
+    // swift-frontend: the sandboxed macOS search sets it, and the Linux one
+    // when it stands beside swiftc (or beside the file swiftc links to).
+    // With it, runs are interpreted; without, compiled and then run.
+    std::optional<QString> interpreter;
 
     // The oldest Swift the course can be run with.
     static inline const QString minimumVersion = QStringLiteral("6.2");
 
-    // The search this platform uses.
+    // The search this platform uses. With KESTRUN_COMPILE=1 in the
+    // environment the toolchain found has no interpreter: runs compile.
     static std::optional<Toolchain> find();
+
+    // This toolchain without its interpreter.
+    Toolchain compiling() const;
 
     // True when running inside the macOS app sandbox.
     static bool inSandbox();
@@ -37,7 +44,8 @@ struct Toolchain {
     // The start-up task warms the found interpreter up.
     static std::optional<Toolchain> findInSandbox(const AppleTools &tools = {});
     // Linux: the first swiftc in the given directories that is at least
-    // minimumVersion, else the first found at all; with no SDK.
+    // minimumVersion, else the first found at all; with no SDK, and with
+    // the swift-frontend beside it as the interpreter.
     static std::optional<Toolchain> findInDirectories(const QStringList &directories);
     // Where Swift is usually found on Linux: PATH, swift.org toolchains under
     // /opt and /usr/share, swiftly's toolchains, /usr/bin.

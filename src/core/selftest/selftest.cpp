@@ -3,8 +3,11 @@
 #include "runner/coderunner.h"
 #include "course/resources.h"
 #include "runner/runner.h"
+#include "runner/shell.h"
+#include "runner/workdirectory.h"
 #include "texts/texts.h"
 
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -55,6 +58,7 @@ QStringList probe(const Course &course, const Toolchain &toolchain)
 
 // Checks lessons on `workers` threads, lesson order first, and hands each
 // lesson's problems to `finished` on the calling thread as checks complete.
+// Once the runs are stopped (Shell::stopAll) no further lesson starts.
 void checkAll(const QList<Lesson> &lessons, const QHash<QString, QString> &solutions, const Toolchain &toolchain,
               int workers, const std::function<void(const QStringList &)> &finished)
 {
@@ -62,14 +66,18 @@ void checkAll(const QList<Lesson> &lessons, const QHash<QString, QString> &solut
     std::condition_variable ready;
     std::deque<QStringList> results;
     qsizetype next = 0;
+    int running = int(std::min<qsizetype>(workers, lessons.size()));
 
     auto work = [&] {
         for (;;) {
             qsizetype index;
             {
                 std::lock_guard lock(mutex);
-                if (next >= lessons.size())
+                if (next >= lessons.size() || Shell::stopped()) {
+                    --running;
+                    ready.notify_one();
                     return;
+                }
                 index = next++;
             }
             QStringList problems = checkLesson(lessons[index], solutions, toolchain);
@@ -82,14 +90,16 @@ void checkAll(const QList<Lesson> &lessons, const QHash<QString, QString> &solut
     };
 
     std::vector<std::jthread> threads;
-    for (int i = 0; i < std::min<qsizetype>(workers, lessons.size()); ++i)
+    for (int i = running; i > 0; --i)
         threads.emplace_back(work);
 
-    for (qsizetype done = 0; done < lessons.size(); ++done) {
+    for (;;) {
         QStringList problems;
         {
             std::unique_lock lock(mutex);
-            ready.wait(lock, [&] { return !results.empty(); });
+            ready.wait(lock, [&] { return !results.empty() || running == 0; });
+            if (results.empty())
+                return;
             problems = std::move(results.front());
             results.pop_front();
         }
@@ -188,6 +198,7 @@ int run(const std::optional<QString> &solutionsPath)
 int run(Options options)
 {
     const auto print = options.print ? options.print : printToStandardOutput;
+    WorkDirectory::removeAbandoned(QDir::tempPath());
 
     const std::optional<Toolchain> toolchain = options.findToolchain();
     if (!toolchain) {
@@ -212,6 +223,8 @@ int run(Options options)
     }
 
     QStringList problems = probe(course, *toolchain);
+    if (Shell::stopped())
+        return interrupted;
 
     QList<Lesson> withCode;
     for (const Lesson &lesson : course.lessons()) {
@@ -230,6 +243,9 @@ int run(Options options)
             print(QStringLiteral("%1 of %2 lessons checked").arg(finished).arg(total));
     });
 
+    // What checks were cut short found says nothing about the course.
+    if (Shell::stopped())
+        return interrupted;
     if (problems.isEmpty()) {
         print(QStringLiteral("All %1 lessons with code check out, and the runner reports crashes, loops and errors.")
                   .arg(total));

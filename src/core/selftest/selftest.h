@@ -15,7 +15,8 @@
 // starting code passes already. Prints a report; returns the exit status.
 namespace Kestrun::SelfTest {
 
-enum Status { allGood = 0, problemsFound = 1, couldNotStart = 2 };
+// interrupted: the runs were stopped (Shell::stopAll) before the end; no report.
+enum Status { allGood = 0, problemsFound = 1, couldNotStart = 2, interrupted = 3 };
 
 // What a run depends on, replaceable for tests.
 struct Options {

@@ -1,6 +1,7 @@
 #include "app/appmodel.h"
 #include "app/starttask.h"
 #include "progress/progressstore.h"
+#include "runner/coderunner.h"
 
 #include <QFile>
 #include <QSignalSpy>
@@ -51,24 +52,48 @@ private Q_SLOTS:
         QVERIFY2(model.runnerState().text.startsWith(text), qPrintable(model.runnerState().text));
     }
 
-    // A toolchain with an interpreter runs it once before the state is set.
-    void warmsAnInterpreterUp()
+    // The state is set first; the warm-up follows, and when interpreting
+    // does not work, the model gets a runner that compiles.
+    void warmsUpAfterwards_data()
     {
-        const QString marker = m_dir.filePath(QStringLiteral("warmed"));
-        const QString frontend = m_dir.filePath(QStringLiteral("swift-frontend"));
-        QFile script(frontend);
-        QVERIFY(script.open(QIODevice::WriteOnly));
-        script.write("#!/bin/sh\ntouch '" + QFile::encodeName(marker) + "'\n");
-        script.close();
-        script.setPermissions(script.permissions() | QFile::ExeOwner);
+        QTest::addColumn<QString>("interpreter");  // a script's body; empty: none
+        QTest::addColumn<bool>("interprets");
+        QTest::newRow("interpreting works") << "sleep 0.5; echo 1" << true;
+        QTest::newRow("interpreting fails") << "sleep 0.5; echo 'JIT session error' >&2; exit 1" << false;
+        QTest::newRow("prints something else") << "sleep 0.5; echo 2" << false;
+        QTest::newRow("no interpreter") << "" << false;
+    }
+
+    void warmsUpAfterwards()
+    {
+        QFETCH(QString, interpreter);
+        QFETCH(bool, interprets);
+        Toolchain toolchain{"/nonexistent/swiftc", {}, "6.2", {}};
+        if (!interpreter.isEmpty()) {
+            toolchain.interpreter = m_dir.filePath(QStringLiteral("swift-frontend-%1").arg(QTest::currentDataTag()).replace(' ', '-'));
+            QFile script(*toolchain.interpreter);
+            QVERIFY(script.open(QIODevice::WriteOnly));
+            script.write("#!/bin/sh\n" + interpreter.toUtf8() + "\n");
+            script.close();
+            script.setPermissions(script.permissions() | QFile::ExeOwner);
+        }
 
         ProgressStore store(m_dir.filePath(QStringLiteral("unused.json")));
         AppModel model(Course{}, &store);
-        StartTask task(model, [frontend] { return Toolchain{"/x/swiftc", {}, "6.2", frontend}; });
+        StartTask task(model, [toolchain] { return toolchain; });
+        QSignalSpy warmedUp(&task, &StartTask::warmedUp);
         task.start();
         QTRY_VERIFY(task.isFinished());
-        QVERIFY(QFile::exists(marker));
         QCOMPARE(model.runnerState().kind, RunnerState::Kind::ready);
+        QVERIFY(model.runner());
+        if (!interpreter.isEmpty())
+            QVERIFY(!task.isWarmedUp());
+        QTRY_VERIFY_WITH_TIMEOUT(task.isWarmedUp(), 20000);
+        QCOMPARE(warmedUp.size(), 1);
+        const auto *runner = dynamic_cast<const LocalRunner *>(model.runner().get());
+        QVERIFY(runner);
+        QCOMPARE(runner->toolchain().interpreter.has_value(), interprets);
+        QCOMPARE(runner->toolchain().swiftc, toolchain.swiftc);
     }
 };
 

@@ -59,6 +59,8 @@ private Q_SLOTS:
         m_toolchain = Toolchain::find();
         if (!m_toolchain)
             QSKIP("no Swift toolchain on this machine");
+        // CTest runs this twice: interpreting, and with KESTRUN_COMPILE=1 compiling.
+        QCOMPARE(m_toolchain->interpreter.has_value(), qgetenv("KESTRUN_COMPILE") != "1");
         qputenv("TMPDIR", m_tmp.path().toUtf8());
         QCOMPARE(QDir::tempPath(), QDir(m_tmp.path()).canonicalPath());
     }
@@ -232,6 +234,32 @@ private Q_SLOTS:
         QCOMPARE(out.timedOut, status == 9);
         if (QByteArray(QTest::currentDataTag()) == "endless printing")
             QVERIFY(out.standardOutput.size() >= Shell::captureCap && out.standardOutput.size() <= 4 * Shell::captureCap);
+    }
+
+    // Whether a run interprets or compiles follows the record alone.
+    void interpreterDecides()
+    {
+        const Lesson lesson;
+        const QString code = "print(CommandLine.arguments[0].hasSuffix(\"/program\") ? \"compiled\" : \"interpreted\")";
+        QCOMPARE(Runner::check(lesson, code, m_toolchain->compiling(), 8).output, "compiled");
+        if (m_toolchain->interpreter)
+            QCOMPARE(Runner::check(lesson, code, *m_toolchain, 8).output, "interpreted");
+    }
+
+    // The program's own timer keeps the run limit, also when interpreting,
+    // whose outer limit leaves room for compiling first.
+    void endlessLoopStopsAtTheRunLimit()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(run("print(1)", {}).output, "1");
+        const qint64 overhead = timer.restart();
+        const RunResult r = run("print(\"looping\")\nwhile true {}", {{"reported", {expectTrue}}}, 2);
+        const qint64 elapsed = timer.elapsed();
+        QVERIFY(r.timedOut && !r.crashed && r.compiled);
+        QCOMPARE(r.output, "looping");
+        QCOMPARE(verdicts(r), QList<bool>{false});
+        QVERIFY2(elapsed < 2000 + overhead + 1000, qPrintable(QString::number(elapsed)));
     }
 
     void writeFailureIsReported()

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
@@ -16,6 +17,7 @@ using namespace Kestrun;
 
 using Shell::Output;
 Q_DECLARE_METATYPE(Shell::Output)
+Q_DECLARE_METATYPE(Shell::Limits)
 
 namespace {
 
@@ -43,10 +45,17 @@ class TestShell : public QObject {
 private Q_SLOTS:
     // This process gets a standard input with a line waiting that never ends:
     // a child that inherited it instead of the null device would read the line.
+    // It also handles, ignores and blocks signals its children must not.
     void initTestCase()
     {
         int fds[2];
         QVERIFY(::pipe(fds) == 0 && ::write(fds[1], "input\n", 6) == 6 && ::dup2(fds[0], STDIN_FILENO) == 0);
+        std::signal(SIGTERM, [](int) {});
+        std::signal(SIGINT, SIG_IGN);
+        sigset_t blocked;
+        sigemptyset(&blocked);
+        sigaddset(&blocked, SIGUSR1);
+        QCOMPARE(::pthread_sigmask(SIG_BLOCK, &blocked, nullptr), 0);
     }
 
     void outcomes_data()
@@ -57,6 +66,9 @@ private Q_SLOTS:
         QTest::newRow("arguments unchanged") << "printf '%s|' \"$@\"" << Output{0, "a b||*|$HOME|", {}, false};
         QTest::newRow("input at its end") << "read x || echo eof; cat" << Output{0, "eof\n", {}, false};
         QTest::newRow("signal, output kept") << "ulimit -c 0; echo before; kill -ABRT $$" << Output{6, "before\n", {}, false};
+        QTest::newRow("a signal this process handles") << "kill -TERM $$" << Output{15, {}, {}, false};
+        QTest::newRow("a signal this process ignores") << "kill -INT $$" << Output{2, {}, {}, false};
+        QTest::newRow("a signal this thread blocks") << "kill -USR1 $$" << Output{10, {}, {}, false};
         QTest::newRow("past the limit") << "echo started; exec sleep 30" << Output{9, "started\n", {}, true};
         QTest::newRow("outputs closed, still running") << "exec >&- 2>&-; sleep 30" << Output{9, {}, {}, true};
     }
@@ -69,6 +81,48 @@ private Q_SLOTS:
         QCOMPARE(output.standardError, expected.standardError);
         QCOMPARE(output.status, expected.status);
         QCOMPARE(output.timedOut, expected.timedOut);
+    }
+
+    // A child that leaves its group to join this process's is still killed at the limit.
+    void childThatLeftItsGroup()
+    {
+        QElapsedTimer timer;
+        timer.start();
+        const Output output = Shell::run("/usr/bin/python3", {"-c", "import os, time\n"
+                                         "os.setpgid(0, os.getpgid(os.getppid()))\nprint('joined', flush=True)\ntime.sleep(30)"},
+                                         std::nullopt, 1);
+        QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(output.standardOutput, "joined\n");
+        QVERIFY(output.timedOut);
+    }
+
+    // Limits only for the learner's code; what this process has, tools keep.
+    void limits_data()
+    {
+        QTest::addColumn<Shell::Limits>("limits");
+        QTest::addColumn<QStringList>("expected");
+        const auto bytes = [](qint64 n) { return QString::number(n); };
+        QTest::newRow("learner") << Shell::Limits::learner
+                                 << QStringList{"Max file size " + bytes(Shell::fileSizeLimit),
+                                                "Max data size " + bytes(Shell::memoryLimit),
+                                                "Max core file size 0", "Max address space " + bytes(Shell::addressSpaceLimit)};
+        QTest::newRow("tool") << Shell::Limits::none
+                              << QStringList{"Max file size unlimited", "Max data size unlimited",
+                                             "Max address space unlimited"};
+    }
+    void limits()
+    {
+        QFETCH(Shell::Limits, limits);
+        QFETCH(QStringList, expected);
+        const Output output = Shell::run("/bin/cat", {"/proc/self/limits"}, std::nullopt, 10, limits);
+        QStringList soft;  // name and soft limit of each line
+        for (QString line : output.standardOutput.split('\n')) {
+            const QStringList parts = line.replace(QRegularExpression(" {2,}"), "|").split('|');
+            if (parts.size() >= 2)
+                soft.append(parts[0] + ' ' + parts[1]);
+        }
+        for (const QString &limit : expected)
+            QVERIFY2(soft.contains(limit), qPrintable(limit + " not in " + soft.join(", ")));
     }
 
     void endlessOutput()
@@ -104,10 +158,11 @@ private Q_SLOTS:
         QTest::newRow("passed in order, others never")
             << QByteArrayList{"SHELL=/bin/sh", "DEVELOPER_DIR=/d y", "TMPDIR=/t", "LANG=C.UTF-8", "USER=u", "HOME=/h", "PATH=/p"}
             << QStringList{"PATH=/p", "HOME=/h", "USER=u", "LANG=C.UTF-8", "TMPDIR=/t", "DEVELOPER_DIR=/d y",
-                           "SWIFT_BACKTRACE=enable=no"};
+                           "SWIFT_BACKTRACE=enable=no", "LLVM_DISABLE_SYMBOLIZATION=1"};
         QTest::newRow("absent left out, empty kept, default PATH")
             << QByteArrayList{"PATH", "HOME", "USER", "LANG=", "TMPDIR", "DEVELOPER_DIR="}
-            << QStringList{QString("PATH=") + Shell::defaultPath, "LANG=", "DEVELOPER_DIR=", "SWIFT_BACKTRACE=enable=no"};
+            << QStringList{QString("PATH=") + Shell::defaultPath, "LANG=", "DEVELOPER_DIR=", "SWIFT_BACKTRACE=enable=no",
+                           "LLVM_DISABLE_SYMBOLIZATION=1"};
     }
     void environment()
     {
@@ -186,6 +241,26 @@ private Q_SLOTS:
         QCOMPARE(errno, ECHILD);
         for (pid_t pid : background)
             QVERIFY(pid > 0 && becomesDead(pid));
+    }
+
+    // Last: for good. A running child is killed at once, and nothing starts after.
+    void stopAll()
+    {
+        auto running = std::async(std::launch::async, [] { return script("echo started; exec sleep 30", 20); });
+        QThread::msleep(300);
+        QElapsedTimer timer;
+        timer.start();
+        Shell::stopAll();
+        const Output output = running.get();
+        QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+        QCOMPARE(output.standardOutput, "started\n");
+        QCOMPARE(output.status, 9);
+        try {
+            script("true");
+            QFAIL("started");
+        } catch (const Shell::LaunchError &e) {
+            QCOMPARE(e.error(), ECANCELED);
+        }
     }
 };
 

@@ -55,6 +55,13 @@ private Q_SLOTS:
         QCOMPARE(all[p.testStart - 1], QStringLiteral("// MARK: the lesson's tests"));
         // No Swift checks: the text ends with the comment and an empty line.
         QVERIFY(p.source.endsWith(QStringLiteral("// MARK: the lesson's tests\n\n")));
+
+        // The run limit's timer takes no line of its own.
+        const Runner::Program timed = Runner::program(code, {}, QStringLiteral("n"), 2.5);
+        QCOMPARE(timed.firstLine, p.firstLine);
+        QCOMPARE(timed.testStart, p.testStart);
+        QCOMPARE(lines(timed.source).mid(p.firstLine - 1), all.mid(p.firstLine - 1));
+        QVERIFY(timed.source.contains(QStringLiteral("alarm(3)")));
     }
 
     void blocks()

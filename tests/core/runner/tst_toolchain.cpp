@@ -129,6 +129,27 @@ private Q_SLOTS:
         QVERIFY(!Toolchain::findInDirectories({first}));
     }
 
+    // The interpreter is the swift-frontend beside swiftc, or beside the file
+    // a linked swiftc points to.
+    void interpreterBesideTheCompiler()
+    {
+        const QString toolchain = path(QStringLiteral("beside/toolchain/usr/bin"));
+        const QString links = path(QStringLiteral("beside/links"));
+        script(toolchain + QStringLiteral("/swift-driver"), QStringLiteral("echo 'Swift version 6.3.1'"));
+        script(toolchain + QStringLiteral("/swift-frontend"), QStringLiteral("exit 0"));
+        QVERIFY(QDir().mkpath(links));
+        QVERIFY(QFile::link(toolchain + QStringLiteral("/swift-driver"), toolchain + QStringLiteral("/swiftc")));
+        QVERIFY(QFile::link(toolchain + QStringLiteral("/swiftc"), links + QStringLiteral("/swiftc")));
+
+        for (const QString &directory : {toolchain, links}) {
+            const std::optional<Toolchain> found = Toolchain::findInDirectories({directory});
+            QVERIFY(found);
+            QCOMPARE(found->swiftc, directory + QStringLiteral("/swiftc"));
+            QCOMPARE(found->interpreter, std::optional<QString>(toolchain + QStringLiteral("/swift-frontend")));
+            QVERIFY(!found->compiling().interpreter);
+        }
+    }
+
     // An old swiftc early in the search must not hide a usable one later;
     // with only old ones, the first is still reported (the app says it is too old).
     void directorySearchPrefersAUsableVersion()
