@@ -112,6 +112,13 @@ class Session:
     def close(self):
         self.stop()
 
+    def resize(self, width, height):
+        """Sizes the main window as a person would drag its corner."""
+        window = subprocess.run(["xdotool", "search", "--name", "^Swift: Kestrun$"], capture_output=True, text=True).stdout.split()
+        for wid in window:
+            subprocess.run(["xdotool", "windowsize", wid, str(width), str(height)], check=False)
+        wait_for("the window's new size", lambda: self.extents(self.window)[2:] == (width, height), 10)
+
     # Finding what is on screen.
     def _pids(self):
         """The program's process and those it started (a wrapper's child)."""

@@ -38,6 +38,7 @@ class LearnerPath:
     def shot(self, name):
         self.step += 1
         if self.shots:
+            time.sleep(0.8)  # let animations and repaints settle
             self.s.screenshot(self.shots / f"path-{self.step:02d}-{name}.png")
 
     # What the learner sees.
@@ -123,6 +124,7 @@ class LearnerPath:
     def main(self):
         s = self.s
         s.start()
+        s.resize(1440, 900)
         self.label(contains="on this computer", timeout=120)  # the toolchain was found
         self.shot("home")
 
@@ -223,6 +225,7 @@ class LearnerPath:
 
         # Back again: the last lesson opened, with the code typed.
         s.start()
+        s.resize(1440, 900)
         self.label(name="Variables")
         code = self.editor().queryText()
         assert code.getText(0, code.characterCount) == typed, code.getText(0, code.characterCount)

@@ -95,11 +95,6 @@ CodeLessonView::CodeLessonView(AppModel &model, const Lesson &lesson, PublishedA
     }
 }
 
-CodeLessonView::~CodeLessonView()
-{
-    m_actions.withdraw(this);
-}
-
 QWidget *CodeLessonView::createInstructions()
 {
     auto *page = new ScrollPage(this);

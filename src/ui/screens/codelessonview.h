@@ -29,7 +29,6 @@ class CodeLessonView : public QSplitter {
 public:
     CodeLessonView(AppModel &model, const Lesson &lesson, PublishedActions &actions, SplitterMemory &memory,
                    QWidget *parent = nullptr);
-    ~CodeLessonView() override;
 
     void run();
     void reset();

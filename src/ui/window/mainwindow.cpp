@@ -52,8 +52,14 @@ MainWindow::MainWindow(AppModel &model, QWidget *parent)
     m_splitter->setCollapsible(1, false);
     m_splitter->setSizes({290, 910});
     m_splitter->setHandleWidth(1);
-    setCentralWidget(m_splitter);
-    m_banner = new NoticeBanner(model, m_splitter);
+    // The banner floats over both columns; a child of the splitter itself
+    // would become a third column.
+    auto *content = new QWidget(this);
+    auto *contentLayout = new QVBoxLayout(content);
+    contentLayout->setContentsMargins(0, 0, 0, 0);
+    contentLayout->addWidget(m_splitter);
+    setCentralWidget(content);
+    m_banner = new NoticeBanner(model, content);
 
     auto *toolbar = addToolBar(QStringLiteral("navigation"));
     toolbar->setObjectName(QStringLiteral("navigation"));

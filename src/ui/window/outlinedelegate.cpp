@@ -128,8 +128,11 @@ void OutlineDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
         const QColor iconColor = selected ? ink : done ? Theme::vmSea() : secondary;
         const QRect inner = row.adjusted(horizontalPadding, verticalPadding, -horizontalPadding, -verticalPadding);
         const int lineHeight = option.fontMetrics.lineSpacing();
-        const QPixmap icon = Icons::pixmap(index.data(CourseOutline::SymbolRole).toString(), iconColor, iconWidth - 2,
-                                           painter->device()->devicePixelRatioF());
+        // On the selection's colour the badge's own white mark would vanish:
+        // the mark alone stands for it there.
+        const QString symbol = selected && done ? QStringLiteral("checkmark.circle")
+                                                : index.data(CourseOutline::SymbolRole).toString();
+        const QPixmap icon = Icons::pixmap(symbol, iconColor, iconWidth - 2, painter->device()->devicePixelRatioF());
         const QStringList lines = titleLines(index.data().toString(), option.font, textWidth(index));
         // The icon is centred on the row, as the lines are.
         const int iconTop = inner.top() + (inner.height() - (iconWidth - 2)) / 2;

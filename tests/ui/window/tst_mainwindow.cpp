@@ -118,8 +118,11 @@ private Q_SLOTS:
         window.show();
         auto *banner = window.findChild<NoticeBanner *>();
         QVERIFY(banner && !banner->isVisible());
+        const int detailWidth = window.detail()->width();
         app.model().say(QStringLiteral("Lesson done"));
         QVERIFY(banner->isVisible());
+        QTest::qWait(50);
+        QCOMPARE(window.detail()->width(), detailWidth);  // it floats; it takes no room
         QTest::qWait(1500);
         const QPoint placed = banner->pos();
         app.model().say(QStringLiteral("Have another look at the ones marked."));
