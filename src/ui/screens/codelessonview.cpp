@@ -223,8 +223,8 @@ QWidget *CodeLessonView::createWorkspace()
     QFont passedFont = Theme::font(Theme::TextStyle::body);
     passedFont.setWeight(QFont::DemiBold);
     passed->setTextFont(passedFont);
-    bar->addWidget(passed);
-    bar->addStretch(1);
+    // The sentence takes the room the button leaves, on one line where it fits.
+    bar->addWidget(passed, 1);
     if (const std::optional<Lesson> next = m_model.course().neighbours(m_lesson.id).next) {
         m_next = new QPushButton(Texts::get(Text::nextWith).arg(next->title), m_successBar);
         m_next->setObjectName(QStringLiteral("nextLessonButton"));
