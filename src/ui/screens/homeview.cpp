@@ -1,10 +1,11 @@
 #include "homeview.h"
 
+#include "chapterlist.h"
 #include "runnerstatus.h"
 #include "app/appmodel.h"
-#include "course/markdown.h"
 #include "progress/progressstore.h"
 #include "texts/texts.h"
+#include "text/markdownlabel.h"
 #include "theme/fonts.h"
 #include "theme/iconlabel.h"
 #include "theme/theme.h"
@@ -24,7 +25,6 @@ QLabel *label(const QString &text, const QFont &font, const QColor &color, QWidg
     auto *l = new QLabel(text, parent);
     l->setFont(font);
     l->setWordWrap(true);
-    l->setTextInteractionFlags(Qt::TextSelectableByMouse);
     Theme::setTextColor(l, color);
     return l;
 }
@@ -35,6 +35,17 @@ QList<Lesson> lessonsOf(const Chapter &chapter)
     for (const Module &module : chapter.modules)
         lessons.append(module.lessons);
     return lessons;
+}
+
+// Wrapped text: the lesson text's own widget, which lays a paragraph out
+// once per width where a word-wrapped QLabel does it again and again.
+MarkdownLabel *paragraph(const QString &text, const QFont &font, const QColor &color, QWidget *parent)
+{
+    auto *p = new MarkdownLabel(parent);
+    p->setStyledText(StyledText{text, {}});
+    p->setFont(font);
+    p->setColor(color);
+    return p;
 }
 
 } // namespace
@@ -71,7 +82,7 @@ HomeView::HomeView(AppModel &model, QWidget *parent)
     auto *heading = new QVBoxLayout;
     heading->setSpacing(8);
     heading->addWidget(title);
-    heading->addWidget(label(course.subtitle, Theme::font(Theme::TextStyle::title3), secondary, column));
+    heading->addWidget(paragraph(course.subtitle, Theme::font(Theme::TextStyle::title3), secondary, column));
     items->addLayout(heading);
 
     auto *progress = new QWidget(column);
@@ -126,52 +137,26 @@ HomeView::HomeView(AppModel &model, QWidget *parent)
 
     // Narrower than the column: a box layout gives it that width before it
     // asks for its height, which a maximum width alone would not.
-    QLabel *summary = label(markdown(course.summary).text, Theme::font(Theme::TextStyle::body), secondary, column);
+    auto *summary = new MarkdownLabel(course.summary, Theme::TextStyle::body, column);
+    summary->setColor(secondary);
     summary->setMaximumWidth(640);
     auto *summaryRow = new QHBoxLayout;
     summaryRow->addWidget(summary, 1);
     summaryRow->addStretch(0);
     items->addLayout(summaryRow);
 
-    // One row per chapter; rows rather than a grid, so that wrapped summaries
-    // get the height they need at every width.
-    auto *chapters = new QWidget(column);
-    auto *rows = new QVBoxLayout(chapters);
-    rows->setContentsMargins(0, 0, 0, 0);
-    rows->setSpacing(14);
+    m_chapters = new ChapterList(column);
+    QList<ChapterList::Row> rows;
     for (int i = 0; i < course.chapters.size(); ++i) {
         const Chapter &chapter = course.chapters[i];
-        auto *rowWidget = new QWidget(chapters);
-        auto *row = new QHBoxLayout(rowWidget);
-        row->setContentsMargins(0, 0, 0, 0);
-        row->setSpacing(28);
-        QLabel *number = label(QStringLiteral("%1").arg(i + 1, 2, 10, QLatin1Char('0')), Fonts::pixel(22),
-                               Theme::vmGold(), chapters);
-        number->setWordWrap(false);
-        auto *textWidget = new QWidget(rowWidget);
-        auto *text = new QVBoxLayout(textWidget);
-        text->setContentsMargins(0, 0, 0, 0);
-        text->setSpacing(2);
-        text->addWidget(label(chapter.title, Theme::font(Theme::TextStyle::headline),
-                              Theme::label(Theme::Level::primary, this), chapters));
-        text->addWidget(label(chapter.summary, Theme::font(Theme::TextStyle::callout), secondary, chapters));
-        // Desktop UI fonts draw digits of one width by default, so counts line up.
-        QLabel *count = label({}, Theme::font(Theme::TextStyle::body), secondary, chapters);
-        count->setWordWrap(false);
-        count->setObjectName(QStringLiteral("chapterCount%1").arg(i + 1));
-        count->setFixedWidth(count->fontMetrics().horizontalAdvance(QStringLiteral("00/00")));
-        count->setAlignment(Qt::AlignRight | Qt::AlignTop);
-        m_chapterCounts.append(count);
-        row->addWidget(number, 0, Qt::AlignTop);
-        row->addWidget(textWidget, 1);
-        row->addWidget(count, 0, Qt::AlignTop);
-        rows->addWidget(rowWidget);
+        rows.append({QStringLiteral("%1").arg(i + 1, 2, 10, QLatin1Char('0')), chapter.title, chapter.summary, {}});
     }
-    items->addWidget(chapters);
+    m_chapters->setRows(rows);
+    items->addWidget(m_chapters);
 
     items->addSpacing(12);
-    items->addWidget(label(Texts::get(Text::madeBy), Theme::font(Theme::TextStyle::footnote),
-                           Theme::label(Theme::Level::tertiary, this), column));
+    items->addWidget(paragraph(Texts::get(Text::madeBy), Theme::font(Theme::TextStyle::footnote),
+                               Theme::label(Theme::Level::tertiary, this), column));
     items->addStretch(1);
     setPage(page);
 
@@ -196,10 +181,12 @@ void HomeView::showProgress()
     if (next)
         m_start->setText(done == 0 ? Texts::get(Text::startTheCourse) : Texts::get(Text::continueWith).arg(next->title));
 
-    for (int i = 0; i < course.chapters.size(); ++i) {
-        const QList<Lesson> lessons = lessonsOf(course.chapters[i]);
-        m_chapterCounts[i]->setText(Texts::get(Text::doneOfTotal).arg(progress.count(lessons)).arg(lessons.size()));
+    QStringList counts;
+    for (const Chapter &chapter : course.chapters) {
+        const QList<Lesson> lessons = lessonsOf(chapter);
+        counts.append(Texts::get(Text::doneOfTotal).arg(progress.count(lessons)).arg(lessons.size()));
     }
+    m_chapters->setCounts(counts);
 }
 
 } // namespace Kestrun

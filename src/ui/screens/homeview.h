@@ -9,6 +9,7 @@ class QPushButton;
 namespace Kestrun {
 
 class AppModel;
+class ChapterList;
 class IconLabel;
 
 // The course home: its title, the learner's progress, the way in, whether
@@ -27,7 +28,7 @@ private:
     QProgressBar *m_progressBar;
     QPushButton *m_start;
     IconLabel *m_finished;
-    QList<QLabel *> m_chapterCounts;
+    ChapterList *m_chapters;
 };
 
 } // namespace Kestrun

@@ -275,18 +275,22 @@ int SelectableText::heightForWidth(int width) const
         return sizeHint().height();
     const QMargins margins = contentsMargins();
     const int textWidth = qMax(1, width - margins.left() - margins.right());
-    if (textWidth != m_hfwWidth) {
-        layOutAt(textWidth);
-        m_hfwWidth = textWidth;
-        m_hfwHeight = int(std::ceil(m_document->size().height() - trailingSpacing())) + margins.top() + margins.bottom();
+    for (const auto &[known, height] : m_heights) {
+        if (known == textWidth)
+            return height;
     }
-    return m_hfwHeight;
+    layOutAt(textWidth);
+    const int height = int(std::ceil(m_document->size().height() - trailingSpacing())) + margins.top() + margins.bottom();
+    if (m_heights.size() == m_heights.capacity())
+        m_heights.remove(0);
+    m_heights.append({textWidth, height});
+    return height;
 }
 
 void SelectableText::contentChanged()
 {
     m_natural.reset();
-    m_hfwWidth = -1;
+    m_heights.clear();
     updateGeometry();
     update();
 }

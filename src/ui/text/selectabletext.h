@@ -4,6 +4,7 @@
 #include "theme/theme.h"
 
 #include <QElapsedTimer>
+#include <QVarLengthArray>
 #include <QTextCursor>
 #include <QWidget>
 
@@ -100,8 +101,9 @@ private:
     bool m_hasLinks = false;
 
     mutable std::optional<QSizeF> m_natural;
-    mutable int m_hfwWidth = -1;
-    mutable int m_hfwHeight = 0;
+    // Layouts ask a wrapped text its height at many widths, several times
+    // each, while they settle: keep the last few answers.
+    mutable QVarLengthArray<std::pair<int, int>, 8> m_heights;
 
     QString m_pressedLink;
     QPoint m_pressPoint;

@@ -18,7 +18,6 @@ IconLabel::IconLabel(const QString &symbol, const QString &text, const QColor &c
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(8);
     m_text->setWordWrap(true);
-    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_icon->setAlignment(Qt::AlignCenter);
     layout->addWidget(m_icon, 0, Qt::AlignTop);
     layout->addWidget(m_text, 1);

@@ -17,8 +17,31 @@ ScrollPage::ScrollPage(QWidget *parent)
 
 void ScrollPage::setPage(QWidget *page)
 {
-    setWidget(page);
-    page->installEventFilter(this);
+    // The scroll area lays the page out as soon as it gets it, at whatever
+    // width it has then; before it is shown that is a guess, and wrapping a
+    // long page at a guessed width is most of the cost of opening a screen.
+    m_page = page;
+    if (isVisible()) {
+        install();
+        return;
+    }
+    page->setParent(this);
+    page->hide();
+}
+
+void ScrollPage::install()
+{
+    if (!m_page || widget() == m_page)
+        return;
+    setWidget(m_page);
+    m_page->installEventFilter(this);
+    fitHeight();
+}
+
+void ScrollPage::showEvent(QShowEvent *event)
+{
+    install();
+    QScrollArea::showEvent(event);
     fitHeight();
 }
 
@@ -35,7 +58,8 @@ bool ScrollPage::eventFilter(QObject *watched, QEvent *event)
 void ScrollPage::fitHeight()
 {
     QWidget *page = widget();
-    if (!page || !page->hasHeightForWidth())
+    // Before it is shown the width is a guess; laying text out for it is wasted.
+    if (!page || !page->hasHeightForWidth() || !isVisible())
         return;
     const int height = page->heightForWidth(viewport()->width());
     if (height != page->minimumHeight())

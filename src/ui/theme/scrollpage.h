@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QScrollArea>
 
 namespace Kestrun {
@@ -12,13 +13,19 @@ class ScrollPage : public QScrollArea {
 public:
     explicit ScrollPage(QWidget *parent = nullptr);
 
+    // The page to scroll; it is laid out once the area is first shown.
     void setPage(QWidget *page);
+    QWidget *page() const { return m_page; }
 
 protected:
+    void showEvent(QShowEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void install();
     void fitHeight();
+
+    QPointer<QWidget> m_page;
 };
 
 } // namespace Kestrun
