@@ -8,6 +8,8 @@
 #include "course/course.h"
 #include "course/resources.h"
 
+#include "median.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -23,13 +25,6 @@
 using namespace Kestrun;
 
 namespace {
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    const qsizetype n = values.size();
-    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
-}
 
 // The shipped chapters again and again, every id made unique, until 2 MB.
 QByteArray bigCourse()

@@ -27,6 +27,8 @@
 #include "runner/runner.h"
 #include "runner/shell.h"
 
+#include "median.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -44,13 +46,6 @@
 using namespace Kestrun;
 
 namespace {
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    const qsizetype n = values.size();
-    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
-}
 
 double cpuMilliseconds()
 {

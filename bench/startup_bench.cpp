@@ -9,6 +9,8 @@
 #include "window/mainwindow.h"
 #include "theme/theme.h"
 
+#include "median.h"
+
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -30,13 +32,6 @@ qint64 nowNs()
     timespec t{};
     clock_gettime(CLOCK_MONOTONIC, &t);
     return qint64(t.tv_sec) * 1'000'000'000 + t.tv_nsec;
-}
-
-double median(QList<double> values)
-{
-    std::sort(values.begin(), values.end());
-    const qsizetype n = values.size();
-    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
 }
 
 double residentMiB()
