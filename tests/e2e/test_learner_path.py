@@ -231,6 +231,11 @@ class LearnerPath:
         assert code.getText(0, code.characterCount) == typed, code.getText(0, code.characterCount)
         self.shot("restart")
 
+        # Ended by SIGTERM a moment after typing: it quits as on Ctrl+Q, the change saved.
+        self.replace_code("var count = 2")
+        assert s.stop("TERM") == 0, "the app did not quit cleanly on SIGTERM"
+        assert s.progress()["code"][variables] == "var count = 2", s.progress()["code"]
+
 
 def main():
     parser = argparse.ArgumentParser()

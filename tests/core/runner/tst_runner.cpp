@@ -273,6 +273,26 @@ private Q_SLOTS:
         QCOMPARE(verdicts(r), QList<bool>{false});
     }
 
+    // The toolchain removed while the app runs: a run says so at once.
+    void toolchainRemoved()
+    {
+        QTemporaryDir gone;
+        const QString missing = gone.filePath(QStringLiteral("bin/swiftc"));
+        Toolchain removed = *m_toolchain;
+        removed.swiftc = missing;
+        removed.interpreter.reset();
+        QElapsedTimer timer;
+        timer.start();
+        RunResult r = Runner::check(Lesson(), QStringLiteral("print(1)"), removed, 8);
+        QVERIFY(!r.compiled && r.errors.size() == 1);
+        QCOMPARE(r.errors[0].message, Texts::get(Text::compilerNotStarted));
+        removed.interpreter = gone.filePath(QStringLiteral("bin/swift-frontend"));
+        r = Runner::check(Lesson(), QStringLiteral("print(1)"), removed, 8);
+        QVERIFY(r.compiled && r.crashed && !r.timedOut);
+        QCOMPARE(r.crashReason, Texts::get(Text::stoppedUnexpectedly));
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+    }
+
     void concurrentChecks()
     {
         std::vector<std::future<RunResult>> runs;
