@@ -70,6 +70,17 @@ std::optional<QJsonObject> objectAt(const QJsonObject &root, const QString &key)
     return value.toObject();
 }
 
+// Some file systems report a full disk only when the data is synced.
+bool syncFile(int fd)
+{
+#ifdef Q_OS_UNIX
+    return ::fsync(fd) == 0;
+#else
+    Q_UNUSED(fd)
+    return true;
+#endif
+}
+
 // Makes the new directory entry survive a power cut, not only the bytes.
 void syncDirectory(const QString &directory)
 {
@@ -221,10 +232,12 @@ void ProgressStore::startWrite()
     if (!m_file)
         return;
     // The worker gets its own copies and never touches the store itself,
-    // except to announce the finished write back on the store's thread.
+    // except to announce how the write went, back on the store's thread.
     m_writer.start([this, saved = m_saved, path = *m_file] {
         if (write(saved, path))
             QMetaObject::invokeMethod(this, [this] { Q_EMIT written(); }, Qt::QueuedConnection);
+        else
+            QMetaObject::invokeMethod(this, [this] { Q_EMIT writeFailed(); }, Qt::QueuedConnection);
     });
 }
 
@@ -321,9 +334,12 @@ bool ProgressStore::write(const Saved &saved, const QString &path)
     const QByteArray bytes = encode(saved);
     if (bytes.isEmpty())
         return false;
-    // A complete new file or the previous one, never a torn one.
+    // A complete new file or the previous one, never a torn one. The bytes
+    // must reach the disk before commit(): Qt's commit ignores a failure to
+    // flush its buffer, and a full disk would leave an empty file in place.
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.flush()
+        || !syncFile(file.handle()) || !file.commit())
         return false;
     syncDirectory(directory);
     return true;
