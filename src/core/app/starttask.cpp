@@ -28,12 +28,16 @@ void StartTask::start()
             warmUp(*toolchain);
         return toolchain;
     }).then(this, [this](const std::optional<Toolchain> &toolchain) {
-        const RunnerState state = StartUp::runnerState(toolchain);
-        if (state.kind == RunnerState::Kind::ready)
-            m_model.setRunner(std::make_shared<LocalRunner>(*toolchain));
-        m_model.setRunnerState(state);
-        m_finished = true;
-        Q_EMIT finished();
+        // When the search is over before then() attaches, Qt runs this at once,
+        // inside start(); the state still changes only after start() returns.
+        QMetaObject::invokeMethod(this, [this, toolchain] {
+            const RunnerState state = StartUp::runnerState(toolchain);
+            if (state.kind == RunnerState::Kind::ready)
+                m_model.setRunner(std::make_shared<LocalRunner>(*toolchain));
+            m_model.setRunnerState(state);
+            m_finished = true;
+            Q_EMIT finished();
+        }, Qt::QueuedConnection);
     });
 }
 
