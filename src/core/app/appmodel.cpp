@@ -1,6 +1,7 @@
 #include "appmodel.h"
 
 #include "progress/progressstore.h"
+#include "texts/texts.h"
 
 #include <QTimer>
 
@@ -12,6 +13,8 @@ AppModel::AppModel(Course course, ProgressStore *progress, QObject *parent)
     , m_progress(progress)
     , m_selection(progress->saved().last)
 {
+    connect(progress, &ProgressStore::writeFailed, this, &AppModel::progressNotWritten);
+    connect(progress, &ProgressStore::written, this, [this] { m_progressFailing = false; });
 }
 
 void AppModel::setSelection(const std::optional<QString> &selection)
@@ -87,6 +90,15 @@ void AppModel::setNotice(const std::optional<QString> &notice)
         return;
     m_notice = notice;
     Q_EMIT noticeChanged();
+}
+
+void AppModel::progressNotWritten()
+{
+    // Every change retries the write; one notice per run of failures is enough.
+    if (m_progressFailing)
+        return;
+    m_progressFailing = true;
+    say(Texts::get(Text::progressNotSaved));
 }
 
 } // namespace Kestrun

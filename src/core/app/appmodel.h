@@ -17,7 +17,9 @@ class ProgressStore;
 
 // The one object every screen reads and drives: the course, the learner's
 // progress, the selected lesson, the code runner with the state of its
-// search, and a short-lived notice. It owns the navigation rules.
+// search, and a short-lived notice. It owns the navigation rules. When the
+// store cannot write the progress, the notice says so once, and again only
+// after a write has succeeded in between.
 //
 // The model does not own the store: whoever creates both keeps the store
 // alive for as long as the model.
@@ -69,6 +71,7 @@ Q_SIGNALS:
 
 private:
     void setNotice(const std::optional<QString> &notice);
+    void progressNotWritten();
 
     Course m_course;
     ProgressStore *m_progress;
@@ -76,6 +79,7 @@ private:
     RunnerState m_runnerState;
     std::shared_ptr<const CodeRunner> m_runner;
     std::optional<QString> m_notice;
+    bool m_progressFailing = false;  // since the last successful write
 };
 
 } // namespace Kestrun

@@ -130,6 +130,7 @@ std::optional<Lesson::Kind> Lesson::kindNamed(const QString &name)
 Course::LoadError::LoadError(Kind kind, const QString &message)
     : std::runtime_error(message.toStdString())
     , m_kind(kind)
+    , m_message(message)
 {
 }
 

@@ -95,10 +95,12 @@ struct Course {
         };
         LoadError(Kind kind, const QString &message);
         Kind kind() const { return m_kind; }
-        QString message() const { return QString::fromUtf8(what()); }
+        // The whole text; what() stops at a NUL character that the file may hold.
+        QString message() const { return m_message; }
 
     private:
         Kind m_kind;
+        QString m_message;
     };
 
     struct Neighbours {

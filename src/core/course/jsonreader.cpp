@@ -15,7 +15,7 @@ JsonError::JsonError(const QString &path, const QString &problem)
 
 QString JsonError::message() const
 {
-    return QString::fromUtf8(what());
+    return m_path.isEmpty() ? m_problem : m_path + QLatin1String(": ") + m_problem;
 }
 
 JsonReader::JsonReader(const QJsonValue &value, const QString &path)

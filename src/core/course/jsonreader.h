@@ -19,6 +19,7 @@ public:
     JsonError(const QString &path, const QString &problem);
     QString path() const { return m_path; }
     QString problem() const { return m_problem; }
+    // The whole text; what() stops at a NUL character that the document may hold.
     QString message() const;
 
 private:

@@ -82,6 +82,10 @@ Q_SIGNALS:
     void savedChanged();
     // A write finished successfully (delivered on the store's thread).
     void written();
+    // A write failed: the disk is full, or the file or its directory cannot
+    // be written. The record stays in memory and the next change writes it
+    // again; the file keeps its previous complete version.
+    void writeFailed();
 
 private:
     // Announces a real change of the record, then schedules a write.

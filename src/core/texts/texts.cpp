@@ -105,6 +105,9 @@ constexpr Row table[] = {
     {Text::nextWith, Platform::any, T("Next: %1")},
     {Text::lessonDone, Platform::any, T("Lesson done")},
 
+    {Text::progressNotSaved, Platform::any,
+     T("Your progress cannot be saved right now. Kestrun will try again at your next change.")},
+
     {Text::questions, Platform::any, T("Questions")},
     {Text::checkYourUnderstanding, Platform::any, T("Check your understanding")},
     {Text::right, Platform::any, T("**Right.** ")},

@@ -83,6 +83,9 @@ enum class Text {
     nextWith,             // %1: lesson title
     lessonDone,
 
+    // Progress
+    progressNotSaved,
+
     // Quizzes and checklists
     questions,
     checkYourUnderstanding,

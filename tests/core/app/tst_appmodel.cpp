@@ -1,6 +1,8 @@
 #include "app/appmodel.h"
 #include "progress/progressstore.h"
+#include "texts/texts.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -149,6 +151,51 @@ private Q_SLOTS:
         QCOMPARE(seen, shown);
         QVERIFY2(clearedAt >= due - 5 && clearedAt <= due + 600,
                  qPrintable(QStringLiteral("cleared after %1 ms, due %2").arg(clearedAt).arg(due)));
+    }
+
+    // While a file stands where the data directory should be, saving fails
+    // (for root too): the learner is told once, the progress stays in memory
+    // and is saved with the next change that can be written; a failure after
+    // that success is told again.
+    void saveFailureToldOncePerRun()
+    {
+        const QString blocker = m_dir.filePath("blocked");
+        const auto block = [&](bool blocked) {
+            QDir(blocker).removeRecursively();
+            QFile::remove(blocker);
+            QFile file(blocker);
+            QVERIFY(!blocked || file.open(QIODevice::WriteOnly));
+        };
+        block(true);
+        ProgressStore store(blocker + "/progress.json");
+        AppModel model(fixture(), &store);
+        QStringList told;
+        connect(&model, &AppModel::noticeChanged, this, [&] { told.append(model.notice().value_or(QString())); });
+        QSignalSpy failed(&store, &ProgressStore::writeFailed);
+        QSignalSpy written(&store, &ProgressStore::written);
+        const QString cannot = Texts::get(Text::progressNotSaved);
+
+        store.setCode("one", "a1");
+        QVERIFY(failed.wait());
+        store.complete("a2");
+        QVERIFY(failed.wait());
+        QCOMPARE(told, QStringList{cannot});
+
+        model.say("Lesson done");
+        block(false);
+        store.setCode("two", "b1");
+        QVERIFY(written.wait());
+        QFile file(store.file().value());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const std::optional<ProgressStore::Saved> saved = ProgressStore::decode(file.readAll());
+        QVERIFY(saved && *saved == store.saved() && saved->done.contains("a2") && saved->code.size() == 2);
+
+        block(true);
+        store.setCode("three", "b1");
+        QVERIFY(failed.wait());
+        QCOMPARE(told, (QStringList{cannot, "Lesson done", cannot}));
+        QCOMPARE(failed.size(), 3);
+        QCOMPARE(written.size(), 1);
     }
 };
 

@@ -132,6 +132,9 @@ private Q_SLOTS:
         QTest::newRow("whole minutes as a decimal") << "\"minutes\": 5"_ba << "\"minutes\": 5.0"_ba << "";
         QTest::newRow("lesson type in capitals") << "\"type\": \"lesson\""_ba << "\"type\": \"Lesson\""_ba << lesson + "type: unknown lesson type";
         QTest::newRow("check kind in capitals") << "\"kind\": \"swift\""_ba << "\"kind\": \"Swift\""_ba << lesson + "tests[0].checks[0].kind: unknown check kind";
+        // The message keeps what follows a NUL character in the document.
+        QTest::newRow("check kind with a NUL") << "\"kind\": \"swift\""_ba << "\"kind\": \"sw\\u0000ift\""_ba
+                                               << lesson + u"tests[0].checks[0].kind: unknown check kind \"sw\0ift\""_s;
         QTest::newRow("not JSON") << "\"id\": \"c\","_ba << "\"id\": \"c\""_ba << "not valid JSON";
     }
 

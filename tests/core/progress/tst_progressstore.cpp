@@ -5,6 +5,7 @@
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -189,6 +190,68 @@ private Q_SLOTS:
             const QString body(saved->code.value("length").toInt(), QChar(u'a' + iteration % 26));
             QVERIFY(saved->code.value("body") == body);
         }
+    }
+
+    // Saving where the disk is full or the directory read-only, which root
+    // meets too, inside a bubblewrap sandbox (%1: the data directory). Each
+    // failed write says so and leaves the previous complete file and no
+    // temporary file; the next write that succeeds holds every change
+    // kept in memory meanwhile.
+    void writeFailures_data()
+    {
+        QTest::addColumn<QStringList>("sandbox");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QStringList>("dialogue");  // a command, then its answer
+
+        const QStringList tmpfs{"--size", "1048576", "--tmpfs", "%1"};
+        const QString big(60'000, u'x');
+        QTest::newRow("disk full") << tmpfs << "progress.json" << QStringList{
+            "code a one", "written", "fill 0", "filled", "code b two", "failed", "show", "a=one/3",
+            "code a three", "failed", "files", "filler progress.json", "free", "freed",
+            "code c four", "written", "show", "a=three/5 b=two/3 c=four/4"};
+        QTest::newRow("disk nearly full") << tmpfs << "progress.json" << QStringList{
+            "code a one", "written", "fill 16384", "filled", "code b " + big, "failed", "show", "a=one/3",
+            "files", "filler progress.json", "free", "freed", "code a two", "written",
+            "show", "a=two/3 b=xxxxxxxxxxxx/60000"};
+        QTest::newRow("read-only directory") << QStringList{"--ro-bind", "%1", "%1"} << "progress.json"
+            << QStringList{"show", "a=before/6", "code a after", "failed", "code b again", "failed",
+                           "show", "a=before/6", "files", "progress.json"};
+        QTest::newRow("read-only, no directory yet") << QStringList{"--ro-bind", "%1", "%1"} << "new/progress.json"
+            << QStringList{"code a after", "failed", "show", "missing"};
+    }
+
+    void writeFailures()
+    {
+        QFETCH(QStringList, sandbox);
+        QFETCH(QString, file);
+        QFETCH(QStringList, dialogue);
+
+        const QString bwrap = QStandardPaths::findExecutable("bwrap");
+        if (bwrap.isEmpty())
+            QSKIP("bwrap (Debian's bubblewrap) is not installed");
+        if (QProcess::execute(bwrap, {"--dev-bind", "/", "/", "true"}) != 0)
+            QSKIP("bwrap cannot make a sandbox on this machine");
+
+        QTemporaryDir data;
+        const QString before = R"({"code":{"a":"before"},"done":{},"ticks":{}})";
+        QVERIFY(ProgressStore::write(ProgressStore::decode(before.toUtf8()).value(), data.filePath("progress.json")));
+        QStringList arguments{"--dev-bind", "/", "/"};
+        for (const QString &argument : sandbox)
+            arguments.append(QString(argument).replace("%1", data.path()));
+        QProcess child;
+        child.start(bwrap, arguments + QStringList{"--", PROGRESSWRITER, "--commands", data.filePath(file)});
+        QVERIFY2(child.waitForStarted(), qPrintable(child.errorString()));
+        for (qsizetype i = 0; i + 1 < dialogue.size(); i += 2) {
+            child.write((dialogue[i] + '\n').toUtf8());
+            while (!child.canReadLine())
+                QVERIFY2(child.waitForReadyRead(10000), qPrintable(dialogue[i] + ": " + child.readAllStandardError()));
+            QCOMPARE(QString::fromUtf8(child.readLine()).trimmed(), dialogue[i + 1]);
+        }
+        child.closeWriteChannel();
+        QVERIFY(child.waitForFinished(10000));
+        QCOMPARE(child.exitCode(), 0);
+        if (sandbox.contains("--ro-bind"))
+            QCOMPARE(readAll(data.filePath("progress.json")), before.toUtf8());
     }
 };
 
