@@ -7,6 +7,7 @@
 #include "fuzzing.h"
 
 #include "runner/runner.h"
+#include "runner/shell.h"
 #include "texts/texts.h"
 
 #include <QRegularExpression>
@@ -115,8 +116,61 @@ void checkCrashReason(const Input &in)
     FUZZ_CHECK(reason == in.text.sliced(from, (lineEnd < 0 ? in.text.size() : lineEnd) - from), reason);
 }
 
+// The verdict lines of standard output, read the way the run pipeline
+// describes them: a line marked with this run's nonce is never shown, counts
+// for its test when it reads "<marker><test> <flag>", and fails the test
+// unless the flag is exactly 1; every Swift check must report.
+void checkVerdicts(const Input &in)
+{
+    static const QString nonce = QStringLiteral("0123456789abcdef0123456789abcdef");
+    static const Lesson lesson = [] {
+        Lesson l;
+        const Check swift{Check::Kind::swift, QStringLiteral("true")};
+        l.tests = {LessonTest{QStringLiteral("one check"), {swift}},
+                   LessonTest{QStringLiteral("two checks"), {swift, swift}},
+                   LessonTest{QStringLiteral("prints hello"), {Check{Check::Kind::output, QStringLiteral("^hello$")}}},
+                   LessonTest{QStringLiteral("no error"), {Check{Check::Kind::nooutput, QStringLiteral("error")}}}};
+        return l;
+    }();
+    Shell::Output output;
+    output.standardOutput = in.text;
+    output.status = int(in.text.size() % 3 == 0);
+    output.timedOut = in.text.size() % 7 == 0;
+    const RunResult r = Runner::judge(lesson, QString(), nonce, output);
+
+    const QString marker = QChar(0x1E) + nonce + QLatin1Char(' ');
+    QStringList console;
+    QList<int> reported(lesson.tests.size(), 0);
+    QList<bool> failed(lesson.tests.size(), false);
+    static const QRegularExpression number(QStringLiteral("^[+-]?[0-9]+$"));
+    for (const QString &line : in.text.split(QLatin1Char('\n'))) {
+        if (!line.startsWith(marker)) {
+            console.append(line);
+            continue;
+        }
+        const QStringList parts = line.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        bool ok = false;
+        const qlonglong test = parts.size() == 3 && number.match(parts[1]).hasMatch() ? parts[1].toLongLong(&ok) : -1;
+        if (!ok || test < 0 || test >= lesson.tests.size())
+            continue;
+        ++reported[test];
+        failed[test] = failed[test] || parts[2] != QLatin1String("1");
+    }
+    FUZZ_CHECK(r.compiled && r.tests.size() == lesson.tests.size(), r.output);
+    FUZZ_CHECK(!r.output.contains(QLatin1Char('\n') + marker) && !r.output.startsWith(marker), r.output);
+    FUZZ_CHECK(r.timedOut == output.timedOut && r.crashed == (!output.timedOut && output.status != 0), r.output);
+    const QList<int> checks{1, 2, 0, 0};
+    for (int i = 0; i < 2; ++i)
+        FUZZ_CHECK(r.tests[i].passed == (reported[i] >= checks[i] && !failed[i]), r.tests[i].text);
+    static const QRegularExpression hello(QStringLiteral("^hello$"), QRegularExpression::MultilineOption);
+    static const QRegularExpression error(QStringLiteral("error"), QRegularExpression::MultilineOption);
+    FUZZ_CHECK(r.tests[2].passed == hello.match(r.output).hasMatch(), r.output);
+    FUZZ_CHECK(r.tests[3].passed == !error.match(r.output).hasMatch(), r.output);
+    FUZZ_CHECK(console.join(QLatin1Char('\n')).contains(r.output), r.output);
+}
+
 using Parser = void (*)(const Input &);
-const Parser parsers[] = {checkCompilerErrors, checkCrashReason};
+const Parser parsers[] = {checkCompilerErrors, checkCrashReason, checkVerdicts};
 
 } // namespace
 
