@@ -8,6 +8,7 @@
 #include "theme/theme.h"
 
 #include <QApplication>
+#include <QFutureWatcher>
 #include <QThreadPool>
 #include <QtConcurrentRun>
 
@@ -41,9 +42,12 @@ int main(int argc, char *argv[])
         const SignalQuit signalQuit;
         QObject::connect(&app, &QCoreApplication::aboutToQuit, &Shell::stopAll);
         // Off the main thread, so that the event loop is there to take a signal.
-        QtConcurrent::run([path = mode.solutionsPath] { return SelfTest::run(path); }).then(&app, [](int status) {
-            QCoreApplication::exit(status);
-        });
+        // A watcher rather than then(): its result is read under the future's
+        // own lock, which the thread sanitizer can see.
+        QFutureWatcher<int> selfTest;
+        QObject::connect(&selfTest, &QFutureWatcher<int>::finished, &app,
+                         [&selfTest] { QCoreApplication::exit(selfTest.result()); });
+        selfTest.setFuture(QtConcurrent::run([path = mode.solutionsPath] { return SelfTest::run(path); }));
         const int status = app.exec();
         stopRuns();
         return signalQuit.signal() ? 128 + signalQuit.signal() : status;

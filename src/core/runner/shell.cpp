@@ -28,6 +28,20 @@
 #include <sys/syscall.h>
 #endif
 
+// The child shares this process's memory until its exec (see startChild), on
+// Linux. ThreadSanitizer's clone handler would then mark this very process as
+// a forked child and end it at its next new thread, so its builds fork.
+#if defined(__SANITIZE_THREAD__)
+#define KESTRUN_FORK_CHILD 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define KESTRUN_FORK_CHILD 1
+#endif
+#endif
+#if defined(Q_OS_LINUX) && !defined(KESTRUN_FORK_CHILD)
+#define KESTRUN_SHARED_MEMORY_CHILD 1
+#endif
+
 namespace Kestrun::Shell {
 
 namespace {
@@ -362,7 +376,7 @@ void setLimit(int resource, qint64 value)
     failInChild(plan);
 }
 
-#ifdef Q_OS_LINUX
+#ifdef KESTRUN_SHARED_MEMORY_CHILD
 int childEntry(void *plan)
 {
     becomeChild(*static_cast<const Plan *>(plan));
@@ -377,7 +391,7 @@ pid_t startChild(const Plan &plan)
     sigset_t all, previous;
     sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &previous);
-#ifdef Q_OS_LINUX
+#ifdef KESTRUN_SHARED_MEMORY_CHILD
     // Shares memory and suspends this thread until the exec: unlike fork, no
     // copy of this process's page tables, whatever its size.
     constexpr std::size_t stackSize = 64 * 1024;
