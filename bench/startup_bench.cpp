@@ -70,6 +70,9 @@ private:
 // The child: one start of the app (the same steps as main.cpp) or of a bare window.
 int child(int argc, char *argv[], bool app, const QString &home)
 {
+    std::future<Course> course;
+    if (app)
+        course = KestrunApp::loadCourse();
     QApplication application(argc, argv);
     FirstPaint paint;
     if (!app) {
@@ -82,7 +85,7 @@ int child(int argc, char *argv[], bool app, const QString &home)
     QCoreApplication::setOrganizationName(QStringLiteral("Kestrun"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrun"));
     Theme::apply(application);
-    KestrunApp kestrun(home + QStringLiteral("/progress.json"));
+    KestrunApp kestrun(course.get(), home + QStringLiteral("/progress.json"));
     MainWindow window(kestrun.model());
     window.installEventFilter(&paint);
     window.show();

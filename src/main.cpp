@@ -53,6 +53,7 @@ int main(int argc, char *argv[])
         return signalQuit.signal() ? 128 + signalQuit.signal() : status;
     }
 
+    std::future<Course> course = KestrunApp::loadCourse();
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Kestrun"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrun"));
@@ -61,7 +62,7 @@ int main(int argc, char *argv[])
 
     std::unique_ptr<KestrunApp> kestrun;
     try {
-        kestrun = std::make_unique<KestrunApp>();
+        kestrun = std::make_unique<KestrunApp>(course.get());
     } catch (const Course::LoadError &error) {
         // The sentence for the learner, then what exactly failed for whoever helps them.
         std::fputs(qPrintable(Texts::get(Text::courseMissing) + QLatin1Char('\n')), stderr);

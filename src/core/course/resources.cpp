@@ -6,13 +6,31 @@
 
 namespace Kestrun::Resources {
 
+namespace {
+
+// The program's folder. Linux knows it before the application object exists,
+// which lets the course load while the platform starts.
+std::optional<QString> programDirectory()
+{
+    if (QCoreApplication::instance())
+        return QCoreApplication::applicationDirPath();
+#ifdef Q_OS_LINUX
+    const QFileInfo program(QStringLiteral("/proc/self/exe"));
+    if (program.exists())
+        return program.canonicalFilePath().section(QLatin1Char('/'), 0, -2);
+#endif
+    return std::nullopt;
+}
+
+} // namespace
+
 QStringList searchPath()
 {
-    // The application directory is only known once the application object exists.
-    if (!QCoreApplication::instance())
+    const std::optional<QString> program = programDirectory();
+    if (!program)
         return {};
     QStringList dirs;
-    QDir dir(QCoreApplication::applicationDirPath());
+    QDir dir(*program);
 #ifdef Q_OS_MACOS
     dirs.append(QDir::cleanPath(dir.absoluteFilePath(QStringLiteral("../Resources"))));
 #endif

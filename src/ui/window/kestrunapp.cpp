@@ -6,14 +6,23 @@
 namespace Kestrun {
 
 KestrunApp::KestrunApp(std::optional<QString> progressFile, QObject *parent)
+    : KestrunApp(Course::load(), std::move(progressFile), parent)
+{
+}
+
+KestrunApp::KestrunApp(Course course, std::optional<QString> progressFile, QObject *parent)
     : QObject(parent)
 {
-    // Strictly in this order: the font before any screen, then the course,
-    // the progress and the model that holds both.
+    // Strictly in this order: the font before any screen, then the progress
+    // and the model that holds it and the course.
     Fonts::registered();
-    Course course = Course::load();
     m_progress = std::make_unique<ProgressStore>(std::move(progressFile));
     m_model = std::make_unique<AppModel>(std::move(course), m_progress.get());
+}
+
+std::future<Course> KestrunApp::loadCourse()
+{
+    return std::async(std::launch::async, [] { return Course::load(); });
 }
 
 void KestrunApp::findCompiler(StartTask::Search search)

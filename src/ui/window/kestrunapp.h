@@ -7,6 +7,7 @@
 #include <QObject>
 
 #include <functional>
+#include <future>
 #include <memory>
 
 namespace Kestrun {
@@ -21,6 +22,14 @@ public:
     // Throws Course::LoadError when the course cannot be loaded. With no
     // progress file the store uses its default location.
     explicit KestrunApp(std::optional<QString> progressFile = std::nullopt, QObject *parent = nullptr);
+    // With the course already loaded, for example by loadCourse().
+    explicit KestrunApp(Course course, std::optional<QString> progressFile = std::nullopt,
+                        QObject *parent = nullptr);
+
+    // Starts loading the shipped course on a thread of its own; get() gives
+    // it, or throws Course::LoadError. Decoding takes about as long as the
+    // windowing platform's start, so the two can overlap.
+    static std::future<Course> loadCourse();
 
     AppModel &model() { return *m_model; }
 
