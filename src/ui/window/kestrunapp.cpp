@@ -2,6 +2,8 @@
 
 #include "theme/fonts.h"
 
+#include <QThread>
+
 
 namespace Kestrun {
 
@@ -22,6 +24,9 @@ KestrunApp::KestrunApp(Course course, std::optional<QString> progressFile, QObje
 
 std::future<Course> KestrunApp::loadCourse()
 {
+    // Qt takes the first thread that uses it for the main thread: the caller
+    // claims it before the loader's first QObject can.
+    QThread::currentThread();
     return std::async(std::launch::async, [] { return Course::load(); });
 }
 
