@@ -16,13 +16,6 @@
 #include <functional>
 #include <limits>
 
-#if defined(__SANITIZE_THREAD__)
-#define KESTRUN_TSAN
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define KESTRUN_TSAN
-#endif
-#endif
 #ifdef KESTRUN_TSAN
 #include <sanitizer/tsan_interface.h>
 #endif

@@ -31,14 +31,7 @@
 // The child shares this process's memory until its exec (see startChild), on
 // Linux. ThreadSanitizer's clone handler would then mark this very process as
 // a forked child and end it at its next new thread, so its builds fork.
-#if defined(__SANITIZE_THREAD__)
-#define KESTRUN_FORK_CHILD 1
-#elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-#define KESTRUN_FORK_CHILD 1
-#endif
-#endif
-#if defined(Q_OS_LINUX) && !defined(KESTRUN_FORK_CHILD)
+#if defined(Q_OS_LINUX) && !defined(KESTRUN_TSAN)
 #define KESTRUN_SHARED_MEMORY_CHILD 1
 #endif
 
