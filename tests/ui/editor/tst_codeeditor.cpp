@@ -342,27 +342,6 @@ private Q_SLOTS:
         QVERIFY(!alertShown());
     }
 
-    // The dark look: background, text colour and a gold caret; long lines wrap.
-    void looksAndWraps()
-    {
-        CodeEditor editor;
-        QCOMPARE(editor.accessibleName(), "Your Swift code");
-        editor.setCode(QString("let words = \"") + QString("word ").repeated(60) + "\"");
-        editor.resize(400, 300);
-        editor.show();
-        QVERIFY(QTest::qWaitForWindowActive(&editor));
-        editor.setFocus();
-        QVERIFY(editor.document()->firstBlock().layout()->lineCount() > 1);
-        QVERIFY(!editor.horizontalScrollBar()->isVisible());
-
-        QTextCursor start = editor.textCursor();
-        start.setPosition(0);
-        editor.setTextCursor(start);
-        const QImage image = editor.viewport()->grab().toImage();
-        QCOMPARE(image.pixelColor(image.width() - 20, image.height() - 5), Theme::editorBackground());
-        const QRect caret = editor.cursorRect();
-        QVERIFY(countPixels(image.copy(caret.adjusted(-1, 0, 3, 0)), Theme::vmGold()) >= caret.height());
-    }
 };
 
 QTEST_MAIN(TestCodeEditor)

@@ -30,34 +30,6 @@ int px(double points)
     return qRound(Theme::pixels(points));
 }
 
-int distance(const QColor &a, const QColor &b)
-{
-    return qAbs(a.red() - b.red()) + qAbs(a.green() - b.green()) + qAbs(a.blue() - b.blue());
-}
-
-bool near(const QColor &a, const QColor &b)
-{
-    return distance(a, b) < 30;
-}
-
-// The named colour nearest to the most strongly inked pixel of an icon.
-QColor inkOf(const QImage &image, const QColor &background)
-{
-    QColor ink = background;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (distance(image.pixelColor(x, y), background) > distance(ink, background))
-                ink = image.pixelColor(x, y);
-        }
-    }
-    QColor nearest;
-    for (const QColor &named : {Theme::vmSea(), Theme::vmGold(), Theme::vmAlert()}) {
-        if (!nearest.isValid() || distance(ink, named) < distance(ink, nearest))
-            nearest = named;
-    }
-    return distance(ink, background) > 100 ? nearest : QColor();
-}
-
 QList<Block> lesson()
 {
     return {
@@ -138,66 +110,6 @@ private Q_SLOTS:
         QCOMPARE(view->blockWidget(8)->geometry().bottom() + 1, view->heightForWidth(width));
     }
 
-    // Icon and colour by exact case; the title is the kind as written.
-    void noteKinds_data()
-    {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("symbol");
-        QTest::addColumn<QColor>("color");
-        QTest::newRow("tip") << "tip" << "lightbulb" << Theme::vmGold();
-        QTest::newRow("Tip") << "Tip" << "info.circle" << Theme::vmSea();
-        QTest::newRow("Warning") << "Warning" << "exclamationmark.triangle" << Theme::vmAlert();
-        QTest::newRow("warning") << "warning" << "info.circle" << Theme::vmSea();
-        QTest::newRow("Apple") << "Apple Developer Program" << "apple.logo" << Theme::vmSea();
-        QTest::newRow("apple") << "Apple developer program" << "info.circle" << Theme::vmSea();
-        QTest::newRow("Note") << "Note" << "info.circle" << Theme::vmSea();
-    }
-
-    void noteKinds()
-    {
-        QFETCH(QString, kind);
-        QFETCH(QString, symbol);
-        QFETCH(QColor, color);
-        NoteView note(kind, {Block::paragraph("Body text.")});
-        note.resize(400, note.heightForWidth(400));
-        QCOMPARE(note.look().symbol, symbol);
-        QCOMPARE(note.look().color, color);
-        QCOMPARE(note.title()->text(), kind);
-        const QImage image = note.grab().toImage();
-        const QColor tint = image.pixelColor(note.width() - 4, note.height() / 2);
-        QCOMPARE(inkOf(image.copy(note.iconRect()), tint), color);
-        const QColor window = note.palette().color(QPalette::Window);
-        QVERIFY(near(tint, QColor::fromRgbF(window.redF() * 0.9f + color.redF() * 0.1f,
-                                            window.greenF() * 0.9f + color.greenF() * 0.1f,
-                                            window.blueF() * 0.9f + color.blueF() * 0.1f)));
-    }
-
-    // 1. to 12., digits in cells of one width, texts starting at one edge.
-    void twelveItemList()
-    {
-        QStringList items;
-        for (int i = 1; i <= 12; ++i)
-            items.append(QStringLiteral("Item %1").arg(i));
-        ListBlock list(true, items);
-        list.resize(300, list.heightForWidth(300));
-        list.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&list));
-
-        QCOMPARE(list.count(), 12);
-        const qreal digit = list.marker(0)->digitWidth();
-        for (int i = 0; i < 12; ++i) {
-            QCOMPARE(list.marker(i)->marker(), QStringLiteral("%1.").arg(i + 1));
-            QCOMPARE(list.marker(i)->geometry().right(), list.marker(0)->geometry().right());
-            QCOMPARE(list.item(i)->x(), list.item(0)->x());
-            QCOMPARE(list.marker(i)->y(), list.item(i)->y());
-        }
-        QCOMPARE(list.marker(8)->sizeHint().width(), list.marker(0)->sizeHint().width());
-        QCOMPARE(list.marker(11)->sizeHint().width(), list.marker(9)->sizeHint().width());
-        QVERIFY(qAbs(list.marker(9)->sizeHint().width() - list.marker(0)->sizeHint().width() - digit) <= 1);
-        QCOMPARE(list.item(0)->x() - list.marker(0)->geometry().right() - 1, px(8));
-        QCOMPARE(list.item(1)->y() - list.item(0)->geometry().bottom() - 1, px(6));
-    }
-
     // A head without rows shows the head and its line; short rows leave cells empty.
     void tables()
     {
@@ -264,18 +176,6 @@ private Q_SLOTS:
         QCOMPARE(block.height(), before);
     }
 
-    // Quoted text is secondary; the bar is as tall as the quote.
-    void quotes()
-    {
-        QuoteBlock quote({Block::paragraph("First."), Block::paragraph("Second.")});
-        quote.resize(300, quote.heightForWidth(300));
-        quote.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&quote));
-        const auto *text = qobject_cast<MarkdownLabel *>(quote.content()->blockWidget(1));
-        QCOMPARE(text->color(), Theme::label(Theme::Level::secondary, text));
-        QCOMPARE(quote.bar().height(), quote.height());
-        QCOMPARE(quote.content()->x(), px(3) + px(12));
-    }
 };
 
 QTEST_MAIN(TestBlocksView)
