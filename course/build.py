@@ -9,6 +9,10 @@ import sys
 from pathlib import Path
 
 import yaml
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+sys.dont_write_bytecode = True  # keep course/ free of __pycache__
+import mutants  # noqa: E402  (beside this file)
 from markdown_it import MarkdownIt
 from markdown_it.rules_block.table import escapedSplit
 from markdown_it.tree import SyntaxTreeNode
@@ -26,7 +30,10 @@ SECTIONS = {
     "hints": "hints",
     "checklist": "checklist",
     "questions": "questions",
+    "answers": "answers",
+    "equivalent mutants": "equivalent",
 }
+ANSWER_VERDICTS = {"passes:": "passes", "fails:": "fails"}
 
 ID_PATTERN = re.compile(r"[a-z0-9]+(-[a-z0-9]+)*\Z")
 # The app's own runner probe lesson; a course lesson must not take its id.
@@ -482,6 +489,39 @@ class LessonFile:
                     if problem:
                         self.fail(line, problem)
 
+    def answers(self, nodes, heading_line):
+        """{"passes": [...], "fails": [...]}, each answer {"name", "code"}."""
+        found = {"passes": [], "fails": []}
+        for heading, body in self.split_at_subheadings(nodes):
+            if heading is None:
+                self.fail(self.line_of(body[0]), "each answer starts with a ## heading: Passes: or Fails:, "
+                                                 "then what the answer does")
+                continue
+            text = self.inline_text(heading).strip()
+            verdict = next((v for prefix, v in ANSWER_VERDICTS.items() if text.lower().startswith(prefix)), None)
+            name = text.split(":", 1)[1].strip() if verdict else ""
+            if verdict is None or not name:
+                self.fail(self.line_of(heading), "an answer's heading starts with Passes: or Fails:, "
+                                                 "then says what the answer does")
+                continue
+            fences = [node for node in body if node.type == "fence"]
+            if len(fences) != 1 or len(body) != 1 or self.fence_language(fences[0]) != "swift":
+                self.fail(self.line_of(heading), "an answer holds exactly one ```swift block")
+                continue
+            found[verdict].append({"name": name, "code": self.fence_code(fences[0])})
+        return found
+
+    def equivalent(self, nodes, heading_line):
+        pairs = []
+        for item_line, item in zip((self.line_of(i) for i in nodes[0].children) if nodes else (),
+                                   self.single_list(nodes, heading_line, "Equivalent mutants")):
+            pair = mutants.parse_equivalent(item)
+            if pair is None:
+                self.fail(item_line, "an equivalent mutant is written `before` → `after`: why")
+            else:
+                pairs.append(pair)
+        return pairs
+
     def questions(self, nodes, heading_line):
         questions = []
         for heading, body in self.split_at_subheadings(nodes):
@@ -595,6 +635,8 @@ class LessonFile:
             "hints": lambda body, line: self.single_list(body, line, "Hints"),
             "checklist": lambda body, line: self.single_list(body, line, "Checklist"),
             "questions": self.questions,
+            "answers": self.answers,
+            "equivalent": self.equivalent,
         }
         at = {key: line for key, (line, _) in sections.items()}
         content = {key: readers[key](body, line) for key, (line, body) in sections.items() if key in readers}
@@ -610,6 +652,12 @@ class LessonFile:
             for key in ("checklist", "questions"):
                 if content.get(key):
                     self.fail(at[key], f"a lesson with tests shows no {key}")
+            found = content.get("answers", {"passes": [], "fails": []})
+            for verdict, example in (("passes", "## Passes: with a comment"), ("fails", "## Fails: off by one")):
+                if not found[verdict]:
+                    self.fail(at.get("answers", at["tests"]),
+                              f"a lesson with tests needs at least one answer that {verdict} "
+                              f"under # Answers ({example})")
         elif "tests" not in sections:
             if "solution" in sections:
                 self.fail(at["solution"], "a solution needs # Tests to check it against")
@@ -617,6 +665,9 @@ class LessonFile:
                 self.fail(at["seed"], "starting code is only shown in a lesson with # Tests")
             if content.get("hints"):
                 self.fail(at["hints"], "hints are only shown in a lesson with # Tests")
+            for key, name in (("answers", "# Answers"), ("equivalent", "# Equivalent mutants")):
+                if key in sections:
+                    self.fail(at[key], f"{name} only belongs in a lesson with # Tests")
         self.check_problems(tests, solution)
 
         if not self.ok or header is None:
@@ -630,6 +681,10 @@ class LessonFile:
                            for text, checks in tests]
         for key in ("hints", "checklist", "questions"):
             lesson[key] = content.get(key, [])
+        self.other_answers = None
+        if tests:
+            self.other_answers = {**content.get("answers", {"passes": [], "fails": []}),
+                                  "equivalent": content.get("equivalent", [])}
         return lesson, (solution if tests else None), id_line
 
 
@@ -643,8 +698,9 @@ def entries(folder):
                   key=lambda p: natural_key(p.name))
 
 
-def build(course_dir, only=None):
-    """Builds (course, solutions, problems) from the sources in course_dir."""
+def build(course_dir, only=None, answers=None):
+    """Builds (course, solutions, problems) from the sources in course_dir; fills
+    `answers`, when given, with each code lesson's other answers and equivalent mutants."""
     course_dir = Path(course_dir)
     problems = Problems()
     parser = markdown_parser()
@@ -685,7 +741,8 @@ def build(course_dir, only=None):
                     if lesson_path.name != "module.yaml":
                         problems.add(lesson_path, 0, "a module folder holds module.yaml and lesson .md files only")
                     continue
-                result = LessonFile(lesson_path, problems, parser).read()
+                reader = LessonFile(lesson_path, problems, parser)
+                result = reader.read()
                 if result is None:
                     continue
                 lesson, solution, id_line = result
@@ -693,6 +750,8 @@ def build(course_dir, only=None):
                 lessons.append(lesson)
                 if solution is not None:
                     solutions[lesson["id"]] = solution
+                    if answers is not None:
+                        answers[lesson["id"]] = reader.other_answers
             if module:
                 modules.append({**module, "lessons": lessons})
         if chapter:
@@ -702,6 +761,19 @@ def build(course_dir, only=None):
         problems.add(course_dir, 0, f"no lesson has the id {PROBE_LESSON!r}, "
                                     "which the app's self-test runs its probes with")
     return course, solutions, problems
+
+
+def answers_file(answers, solutions, limit):
+    """What course_check runs besides the lessons: each code lesson's other
+    answers and the mutants of its solution, the equivalent ones marked."""
+    lessons = {}
+    for lesson_id, found in answers.items():
+        equivalent = set(found["equivalent"])
+        made = mutants.mutants(solutions[lesson_id], limit)
+        for mutant in made:
+            mutant["equivalent"] = (mutant["before"], mutant["after"]) in equivalent
+        lessons[lesson_id] = {"passes": found["passes"], "fails": found["fails"], "mutants": made}
+    return {"lessons": lessons}
 
 
 def as_json(value):
@@ -718,6 +790,10 @@ def main(argv=None):
                          help="write (or compare) the two files in DIR instead of Resources/")
     options.add_argument("--only", metavar="PREFIX",
                          help="keep only the chapters whose folder name starts with PREFIX (needs --out)")
+    options.add_argument("--answers", metavar="FILE", type=Path,
+                         help="also write each code lesson's other answers and mutants to FILE, for course_check")
+    options.add_argument("--mutants", metavar="N", type=int, default=mutants.DEFAULT_LIMIT,
+                         help=f"the most mutants per lesson, evenly spread (default {mutants.DEFAULT_LIMIT}; 0: all)")
     options.add_argument("--course", metavar="DIR", type=Path, default=here,
                          help="the course sources (default: the folder of this script)")
     args = options.parse_args(argv)
@@ -725,7 +801,8 @@ def main(argv=None):
         options.error("--only builds part of the course: give --out DIR so that Resources/ keeps the whole")
     out = args.out or here.parent / "Resources"
 
-    course, solutions, problems = build(args.course, args.only)
+    answers = {}
+    course, solutions, problems = build(args.course, args.only, answers)
     if problems:
         for line in problems.lines():
             print(line, file=sys.stderr)
@@ -733,6 +810,9 @@ def main(argv=None):
         print(f"{count} error{'s' if count != 1 else ''}; nothing written", file=sys.stderr)
         return 1
 
+    if args.answers:
+        args.answers.parent.mkdir(parents=True, exist_ok=True)
+        args.answers.write_text(as_json(answers_file(answers, solutions, args.mutants)), encoding="utf-8")
     files = {out / "course.json": as_json(course), out / "solutions.json": as_json(solutions)}
     lessons = sum(len(m["lessons"]) for c in course["chapters"] for m in c["modules"])
     if args.check:

@@ -5,6 +5,7 @@ authoring errors it reports with file and line, and its stale-file check."""
 import contextlib
 import importlib.util
 import io
+import json
 import shutil
 import subprocess
 import sys
@@ -30,6 +31,8 @@ LESSON = "01-one/01-mod/01-a.md"
 HEADER = "---\nid: values-constants\ntitle: A lesson\ntype: lesson\nminutes: 5\n---\n\n"  # body starts on line 8
 SOLVED = "# Solution\n\n```swift\nlet language = \"Swift\"\n```\n\n"
 TESTS_AT = HEADER + "Text.\n\n" + SOLVED + "# Tests\n\n## The test\n\n"  # first check fence on line 20
+ANSWERS = ("# Answers\n\n## Passes: commented\n\n```swift\nlet language = \"Swift\" // yes\n```\n\n"
+           "## Fails: lower case\n\n```swift\nlet language = \"swift\"\n```\n\n")
 QUESTION_AT = HEADER + "Text.\n\n# Questions\n\n## Which?\n\n"  # question heading on line 12
 
 # (what, lesson file text, line of the error, part of its message)
@@ -59,6 +62,15 @@ LESSON_ERRORS = [
     # The app matches with PCRE2: \z is the very end and \Q...\E quotes a dot.
     ("PCRE2 \\z", TESTS_AT + "```source\nlet\\z\n```\n", 20, "solution does not match"),
     ("PCRE2 \\Q", TESTS_AT + "```source\n\\Qlanguage.\\E\n```\n", 20, "solution does not match"),
+    ("answer without verdict", TESTS_AT + "```source\nlet\n```\n\n# Answers\n\n## Maybe: x\n\n```swift\na\n```\n",
+     26, "starts with Passes: or Fails:"),
+    ("answer of two blocks", TESTS_AT + "```source\nlet\n```\n\n# Answers\n\n## Fails: x\n\n```swift\na\n```\n\n"
+     "```swift\nb\n```\n", 26, "exactly one ```swift block"),
+    ("no failing answer", TESTS_AT + "```source\nlet\n```\n\n" + ANSWERS.split("## Fails")[0], 24,
+     "at least one answer that fails"),
+    ("answers without tests", HEADER + "Text.\n\n" + ANSWERS, 10, "only belongs in a lesson with # Tests"),
+    ("equivalent mutant without reason", TESTS_AT + "```source\nlet\n```\n\n" + ANSWERS
+     + "# Equivalent mutants\n\n- `a` → `b`\n", 40, "`before` → `after`: why"),
     ("no right answer", QUESTION_AT + "- [ ] a\n- [ ] b\n\nWhy: none.\n", 14, "no answer is marked right"),
     ("a single answer", QUESTION_AT + "- [x] a\n\nWhy: a.\n", 14, "at least two answers"),
     ("text after the explanation", QUESTION_AT + "- [x] a\n- [ ] b\n\nWhy: a.\n\nMore.\n", 19, "nothing may follow"),
@@ -137,6 +149,43 @@ class ToolTest(unittest.TestCase):
             self.assertFalse((Path(out) / "solutions.json").exists())
 
 
+class AnswersTest(unittest.TestCase):
+    def test_answers_file_holds_answers_and_marks_listed_mutants(self):
+        with tempfile.TemporaryDirectory() as out:
+            status, _, err = run_tool("--course", FIXTURE, "--out", out, "--answers", Path(out, "a.json"))
+            self.assertEqual(status, 0, err)
+            lesson = json.loads(Path(out, "a.json").read_text())["lessons"]["values-constants"]
+        self.assertEqual(([a["name"] for a in lesson["passes"]], [a["name"] for a in lesson["fails"]]),
+                         (["with a type annotation and a comment"], ["a variable"]))
+        self.assertEqual([m["equivalent"] for m in lesson["mutants"]], [])  # nothing to mutate in the fixture
+
+    def test_mutants_change_code_only(self):
+        code = ('func band(_ n: Int) -> String {\n'
+                '    let xs: Array<Int> = [-n, pair.0] // n < 2\n'
+                '    if n >= 10 && n < 20 { return "teen \\(n + 1)" }\n'
+                '    return n == 0 ? "zero" : "x"\n'
+                '}\n'
+                'for i in 1...3 { print(band(i)) }\n')
+        made = {(m["line"], m["after"]) for m in build.mutants.mutants(code, 0)}
+        lines = {line for line, _ in made}
+        # Not the generic brackets, the unary minus, the tuple index, the comment,
+        # the interpolation inside text, nor the demonstration loop after the function.
+        self.assertEqual(lines, {3, 4}, made)
+        for after in ('if n > 10 && n < 20 { return "teen \\(n + 1)" }', 'if n >= 11 && n < 20 { return "teen \\(n + 1)" }',
+                      'if n >= 10 || n < 20 { return "teen \\(n + 1)" }', 'return n != 0 ? "zero" : "x"',
+                      'return n == 1 ? "zero" : "x"'):
+            self.assertIn(after, {a for _, a in made})
+        without_functions = build.mutants.mutants("for i in 1..<3 {\n    print(i * 2)\n}", 0)
+        self.assertEqual({m["after"] for m in without_functions},
+                         {"for i in 1...3 {", "for i in 2..<3 {", "for i in 0..<3 {", "for i in 1..<4 {",
+                          "for i in 1..<2 {", "print(i * 3)", "print(i * 1)"})
+
+    def test_limit_spreads_over_the_whole_solution(self):
+        code = "\n".join(f"let v{i} = {i + 5}" for i in range(30))
+        made = build.mutants.mutants(code, 10)
+        self.assertEqual((len(made), made[0]["line"], made[-1]["line"] > 25), (10, 1, True))
+
+
 class ErrorTest(unittest.TestCase):
     def test_each_error_is_reported_once_at_its_line(self):
         lessons = [(what, {LESSON: text}, LESSON, line, fragment) for what, text, line, fragment in LESSON_ERRORS]
@@ -147,7 +196,8 @@ class ErrorTest(unittest.TestCase):
 
     def test_pcre2_spellings_that_the_solution_matches_pass(self):
         patterns = (r'"Swift"\z', r"let\h+language", r"\Qlanguage = \E", r"\x{6C}et")
-        self.assertEqual(problems({LESSON: TESTS_AT + "".join(f"```source\n{p}\n```\n\n" for p in patterns)}), [])
+        self.assertEqual(problems({LESSON: TESTS_AT + "".join(f"```source\n{p}\n```\n\n" for p in patterns)
+                                   + ANSWERS}), [])
 
     def test_every_error_of_a_file_is_reported(self):
         # Header errors, HTML, and three sections that only a lesson with tests shows.
