@@ -57,6 +57,8 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QCoreApplication::setOrganizationName(QStringLiteral("Kestrun"));
     QCoreApplication::setApplicationName(QStringLiteral("Kestrun"));
+    // The desktop matches the window to its entry, and so to its icon, by this name.
+    QGuiApplication::setDesktopFileName(QStringLiteral("org.kestrun.Kestrun"));
     Theme::apply(app);
     const SignalQuit signalQuit;
 

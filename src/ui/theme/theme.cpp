@@ -1,7 +1,10 @@
 #include "theme.h"
 
+#include "course/resources.h"
+
 #include <QApplication>
 #include <QFontDatabase>
+#include <QIcon>
 #include <QScreen>
 #include <QPalette>
 #include <QPushButton>
@@ -150,6 +153,12 @@ void apply(QApplication &app)
     }
     palette.setColor(QPalette::Inactive, QPalette::Highlight, withOpacity(vmSea(), 0.75));
     app.setPalette(palette);
+
+    // Installed, the icon theme has the application's icon in every size; a
+    // build tree has only the file among the resources.
+    const QString id = QGuiApplication::desktopFileName();
+    const std::optional<QString> bundled = Resources::url(id + QStringLiteral(".svg"));
+    app.setWindowIcon(QIcon::fromTheme(id, bundled ? QIcon(*bundled) : QIcon()));
 }
 
 void makeProminent(QPushButton *button, const QColor &tint)

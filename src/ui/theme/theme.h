@@ -42,7 +42,8 @@ double pixels(double points);
 // The system's monospaced font at a size in points (scaled like the rest).
 QFont monospace(double points, QFont::Weight weight = QFont::Normal);
 
-// Sets the accent colour and the base palette for the whole application.
+// Sets the accent colour, the base palette and the window icon for the whole
+// application; the icon is looked up by QGuiApplication::desktopFileName().
 void apply(QApplication &app);
 
 // Button looks: a filled accent button for the main action of a screen, and
