@@ -58,31 +58,31 @@ private Q_SLOTS:
 
     void runnerState_data()
     {
-        QTest::addColumn<QString>("version");
+        QTest::addColumn<std::optional<QString>>("version");  // none: no toolchain found
         QTest::addColumn<RunnerState>("state");
-        const auto toolchainWith = [](const char *v) { return QString::fromLatin1(v); };
-        QTest::newRow("5.10") << toolchainWith("5.10") << RunnerState::unavailable(
-            "This computer has Swift 5.10. The exercises need Swift 6.2 or later: install a newer toolchain from swift.org.");
-        QTest::newRow("6.1") << toolchainWith("6.1") << RunnerState::unavailable(
-            "This computer has Swift 6.1. The exercises need Swift 6.2 or later: install a newer toolchain from swift.org.");
-        QTest::newRow("6.2") << toolchainWith("6.2") << RunnerState::ready(
-            "Swift 6.2 on this computer. The Swift 6.4 lessons need Swift 6.4: update when you can.");
-        QTest::newRow("6.4") << toolchainWith("6.4") << RunnerState::ready("Swift 6.4 on this computer, ready to run your code.");
-        QTest::newRow("6.10") << toolchainWith("6.10") << RunnerState::ready("Swift 6.10 on this computer, ready to run your code.");
-        QTest::newRow("?") << toolchainWith("?") << RunnerState::ready("Swift ? on this computer, ready to run your code.");
+        const auto row = [](const char *name, std::optional<QString> version, const RunnerState &state) {
+            QTest::newRow(name) << version << state;
+        };
+        row("none", std::nullopt, RunnerState::unavailable(
+            "This computer has no Swift compiler yet. The exercises need Swift 6.2 or later from swift.org."));
+        row("5.10", "5.10", RunnerState::unavailable(
+            "This computer has Swift 5.10. The exercises need Swift 6.2 or later: install a newer toolchain from swift.org."));
+        row("6.1", "6.1", RunnerState::unavailable(
+            "This computer has Swift 6.1. The exercises need Swift 6.2 or later: install a newer toolchain from swift.org."));
+        row("6.2", "6.2", RunnerState::ready("Swift 6.2 on this computer. The Swift 6.4 lessons need Swift 6.4: update when you can."));
+        row("6.4", "6.4", RunnerState::ready("Swift 6.4 on this computer, ready to run your code."));
+        row("6.10", "6.10", RunnerState::ready("Swift 6.10 on this computer, ready to run your code."));
+        row("?", "?", RunnerState::ready("Swift ? on this computer, ready to run your code."));
     }
 
     void runnerState()
     {
-        QFETCH(QString, version);
+        QFETCH(std::optional<QString>, version);
         QFETCH(RunnerState, state);
-        QCOMPARE(StartUp::runnerState(Toolchain{QStringLiteral("/x/swiftc"), {}, version, {}}), state);
-    }
-
-    void noToolchain()
-    {
-        QCOMPARE(StartUp::runnerState(std::nullopt), RunnerState::unavailable(QStringLiteral(
-            "This computer has no Swift compiler yet. The exercises need Swift 6.2 or later from swift.org.")));
+        std::optional<Toolchain> toolchain;
+        if (version)
+            toolchain = Toolchain{"/x/swiftc", {}, *version, {}};
+        QCOMPARE(StartUp::runnerState(toolchain), state);
     }
 };
 

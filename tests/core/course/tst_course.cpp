@@ -5,7 +5,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -168,29 +167,6 @@ private Q_SLOTS:
             {"type":"note","kind":"Warning","blocks":[]}]}]}])";
         QCOMPARE(Block::decodeList(JsonReader(JsonReader::parse(nested))),
                  QList<Block>{Block::note(u"Note"_s, {Block::quote({Block::note(u"Warning"_s, {})})})});
-    }
-
-    // Whatever the bytes, loading either gives a course or throws LoadError.
-    void randomBytesNeverCrash()
-    {
-        QRandomGenerator random(1234);
-        const QByteArray valid = richCourse();
-        for (int i = 0; i < 3000; ++i) {
-            QByteArray input = valid;
-            for (int k = 0, n = 1 + random.bounded(4); k < n; ++k) {
-                const int at = random.bounded(input.size());
-                switch (random.bounded(3)) {
-                case 0: input[at] = char(random.bounded(256)); break;
-                case 1: input.remove(at, random.bounded(1, 20)); break;
-                default: input.insert(at, valid.mid(random.bounded(valid.size()), random.bounded(1, 30)));
-                }
-            }
-            try {
-                Course::decode(input);
-            } catch (const Course::LoadError &e) {
-                QVERIFY(!e.message().isEmpty());
-            }
-        }
     }
 
     void fileProblems()

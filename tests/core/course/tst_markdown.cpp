@@ -1,6 +1,5 @@
 #include "course/markdown.h"
 
-#include <QRandomGenerator>
 #include <QTest>
 
 using namespace Kestrun;
@@ -69,15 +68,6 @@ QString runProblem(const StyledText &styled)
     return {};
 }
 
-QString randomText(QRandomGenerator &random, const QStringList &alphabet)
-{
-    QString text;
-    const int length = int(random.bounded(80));
-    for (int i = 0; i < length; ++i)
-        text += alphabet[qsizetype(random.bounded(int(alphabet.size())))];
-    return text;
-}
-
 void row(const char *input, const char *expected)
 {
     QTest::newRow(input) << QString::fromUtf8(input) << QString::fromUtf8(expected);
@@ -104,7 +94,6 @@ private Q_SLOTS:
     void rendering();
     void longAndDeepInput_data();
     void longAndDeepInput();
-    void randomInput();
 };
 
 void TestMarkdown::rendering_data()
@@ -254,38 +243,6 @@ void TestMarkdown::longAndDeepInput_data()
 void TestMarkdown::longAndDeepInput()
 {
     rendering();
-}
-
-void TestMarkdown::randomInput()
-{
-    const QStringList markup = QStringLiteral("* ** _ ` ~ ~~ [ ] \\ &amp; <http://a> <").split(u' ');
-    QStringList plain = QStringLiteral("a \n\r\t()!#->\":@é—").split(QString(), Qt::SkipEmptyParts);
-    plain << QStringLiteral("😀") << QString(QChar(0xD800)) << QString(QChar(0xDC00)) << QString(QChar(0));
-    const QStringView asciiPunctuation = u"!\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~";
-    QRandomGenerator random(20240611);
-    for (int i = 0; i < 3000; ++i) {
-        const QString mixed = randomText(random, markup + plain);
-        const StyledText result = markdown(mixed);
-        QVERIFY2(runProblem(result).isEmpty(), qPrintable(mixed + u'\n' + runProblem(result)));
-        QVERIFY2(result.text.size() <= mixed.size(), qPrintable(mixed));
-
-        // Without markup characters the text comes back unchanged.
-        const QString unmarked = randomText(random, plain);
-        const StyledText plainResult = markdown(unmarked);
-        QCOMPARE(plainResult.text, unmarked);
-        QVERIFY2(plainResult.runs.isEmpty(), qPrintable(unmarked));
-
-        // Escaping every ASCII punctuation character makes any text plain.
-        QString escapedText;
-        for (QChar c : mixed) {
-            if (asciiPunctuation.contains(c))
-                escapedText += u'\\';
-            escapedText += c;
-        }
-        const StyledText escapedResult = markdown(escapedText);
-        QCOMPARE(escapedResult.text, mixed);
-        QVERIFY2(escapedResult.runs.isEmpty(), qPrintable(escapedText));
-    }
 }
 
 QTEST_GUILESS_MAIN(TestMarkdown)

@@ -1,24 +1,15 @@
 #include "runner/runner.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace Kestrun;
 
 namespace {
 
-LessonTest test(const QString &text, const QList<Check> &checks)
-{
-    return LessonTest{text, checks};
-}
-
 Check swift(const QString &code)
 {
     return Check{Check::Kind::swift, code};
-}
-
-QStringList lines(const QString &s)
-{
-    return s.split(QLatin1Char('\n'));
 }
 
 } // namespace
@@ -30,63 +21,48 @@ private Q_SLOTS:
     void layout_data()
     {
         QTest::addColumn<QString>("code");
-        QTest::addColumn<int>("learnerLines");
-        QTest::newRow("one line") << "print(1)" << 1;
-        QTest::newRow("empty") << "" << 1;
-        QTest::newRow("trailing line feed") << "print(1)\n" << 2;
-        QTest::newRow("carriage returns") << "let a = 1\r\nlet b = 2\r\nprint(a)" << 3;
+        QTest::addColumn<double>("limit");  // 0: no timer
+        QTest::newRow("one line") << "print(1)" << 0.0;
+        QTest::newRow("empty") << "" << 0.0;
+        QTest::newRow("trailing line feed") << "print(1)\n" << 0.0;
+        QTest::newRow("carriage returns") << "let a = 1\r\nlet b = 2\r\nprint(a)" << 0.0;
+        QTest::newRow("with a timer") << "let a = 1\nprint(a)" << 2.5;
     }
 
-    // The learner's lines start at firstLine, and testStart is the marker comment.
+    // Compiler errors are mapped back through firstLine and testStart: the
+    // learner's lines, without carriage returns, start at firstLine, and
+    // testStart is the comment that starts the tests, timer or not.
     void layout()
     {
         QFETCH(QString, code);
-        QFETCH(int, learnerLines);
-        const Runner::Program p = Runner::program(code, {}, QStringLiteral("n"));
-        const QStringList all = lines(p.source);
-
-        QCOMPARE(p.firstLine, int(lines(Runner::prelude()).size()));
-        QCOMPARE(p.testStart, p.firstLine - 1 + learnerLines + 2);
-        QVERIFY(!p.source.contains(QLatin1Char('\r')));
-        QString cleaned = code;
-        cleaned.remove(QLatin1Char('\r'));
-        QCOMPARE(all.mid(p.firstLine - 1, learnerLines), lines(cleaned));
-        QCOMPARE(all[p.testStart - 2], QString());
-        QCOMPARE(all[p.testStart - 1], QStringLiteral("// MARK: the lesson's tests"));
-        // No Swift checks: the text ends with the comment and an empty line.
-        QVERIFY(p.source.endsWith(QStringLiteral("// MARK: the lesson's tests\n\n")));
-
-        // The run limit's timer takes no line of its own.
-        const Runner::Program timed = Runner::program(code, {}, QStringLiteral("n"), 2.5);
-        QCOMPARE(timed.firstLine, p.firstLine);
-        QCOMPARE(timed.testStart, p.testStart);
-        QCOMPARE(lines(timed.source).mid(p.firstLine - 1), all.mid(p.firstLine - 1));
-        QVERIFY(timed.source.contains(QStringLiteral("alarm(3)")));
+        QFETCH(double, limit);
+        const Runner::Program p = Runner::program(code, {}, "n", limit > 0 ? std::optional(limit) : std::nullopt);
+        const QStringList all = p.source.split('\n');
+        const QStringList learner = QString(code).remove('\r').split('\n');
+        QVERIFY(!p.source.contains('\r'));
+        QCOMPARE(all.mid(p.firstLine - 1, learner.size()), learner);
+        QCOMPARE(all[p.testStart - 1], "// MARK: the lesson's tests");
+        QCOMPARE(p.firstLine, Runner::program("", {}, "n").firstLine);
+        if (limit > 0)  // whole seconds, rounded up
+            QVERIFY(p.source.contains("alarm(3)"));
     }
 
+    // One block per Swift check, each reporting its test's number; a test
+    // without Swift checks adds none and the others keep their numbers.
     void blocks()
     {
         const QList<LessonTest> tests{
-            test(QStringLiteral("printed"), {Check{Check::Kind::output, QStringLiteral("^hi$")}}),
-            test(QStringLiteral("two checks"), {swift(QStringLiteral("expect(a == 1)")), swift(QStringLiteral("let x = 2\nexpect(x > a)\nexpect(true)"))}),
-            test(QStringLiteral("trailing line feed"), {swift(QStringLiteral("expect(true)\n"))}),
+            {"printed", {Check{Check::Kind::output, "^hi$"}}},
+            {"two checks", {swift("expect(a == 1)"), swift("let x = 2\nexpect(x > a)")}},
+            {"trailing line feed", {swift("expect(true)\n")}},
         };
-        const Runner::Program p = Runner::program(QStringLiteral("let a = 1"), tests, QStringLiteral("abc"));
-        const QStringList blocks = lines(p.source).mid(p.testStart);
-        const QString expect = QStringLiteral(
-            "    func expect(_ condition: @autoclosure () throws -> Bool) "
-            "{ do { if try !condition() { __qvPass = false } } catch { __qvPass = false } }");
-
-        // The output-only test adds nothing, and the others keep their numbers.
-        QCOMPARE(blocks, QStringList({
-            "do {", "    var __qvPass = true", expect, "    expect(a == 1)",
-            "    print(\"\\u{1E}abc 1 \\(__qvPass ? 1 : 0)\")", "}",
-            "do {", "    var __qvPass = true", expect, "    let x = 2", "    expect(x > a)", "    expect(true)",
-            "    print(\"\\u{1E}abc 1 \\(__qvPass ? 1 : 0)\")", "}",
-            "do {", "    var __qvPass = true", expect, "    expect(true)", "    ",
-            "    print(\"\\u{1E}abc 2 \\(__qvPass ? 1 : 0)\")", "}",
-            "",
-        }));
+        const Runner::Program p = Runner::program("let a = 1", tests, "abc");
+        const QRegularExpression verdict("print\\(\"\\\\u\\{1E\\}abc (\\d+) ");
+        QStringList numbers;
+        for (auto it = verdict.globalMatch(p.source); it.hasNext();)
+            numbers << it.next().captured(1);
+        QCOMPARE(numbers, QStringList({"1", "1", "2"}));
+        QVERIFY(p.source.contains("\n    let x = 2\n    expect(x > a)\n"));
     }
 };
 
