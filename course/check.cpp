@@ -115,6 +115,9 @@ Outcome run(const Job &job, const Toolchain &toolchain)
         if (result.passed()) {
             ++out.problems;
             out.lines.append(QStringLiteral("  the starting code PASSES already"));
+        } else if (!result.compiled) {
+            // Not wrong in itself (a lesson may ask to fix errors), but the first Run shows no output.
+            out.lines.append(QStringLiteral("  note: the starting code does not compile"));
         }
         break;
     case Kind::passes:
