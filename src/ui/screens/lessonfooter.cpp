@@ -1,11 +1,12 @@
 #include "lessonfooter.h"
 
+#include "elidingbutton.h"
+
 #include "app/appmodel.h"
 #include "theme/icons.h"
 #include "theme/theme.h"
 
 #include <QHBoxLayout>
-#include <QPushButton>
 
 namespace Kestrun {
 
@@ -17,7 +18,7 @@ LessonFooter::LessonFooter(AppModel &model, const Lesson &lesson, QWidget *paren
     row->setContentsMargins(0, 20, 0, 0);
     const Course::Neighbours around = model.course().neighbours(lesson.id);
     if (const std::optional<Lesson> previous = around.previous) {
-        auto *back = new QPushButton(Icons::icon(QStringLiteral("chevron.left"), Theme::vmSea()), previous->title, this);
+        auto *back = new ElidingButton(Icons::icon(QStringLiteral("chevron.left"), Theme::vmSea()), previous->title, this);
         back->setObjectName(QStringLiteral("footerPrevious"));
         back->setFlat(true);
         back->setCursor(Qt::PointingHandCursor);
@@ -28,7 +29,7 @@ LessonFooter::LessonFooter(AppModel &model, const Lesson &lesson, QWidget *paren
     }
     row->addStretch(1);
     if (const std::optional<Lesson> next = around.next) {
-        auto *on = new QPushButton(Icons::icon(QStringLiteral("chevron.right"), Qt::white), next->title, this);
+        auto *on = new ElidingButton(Icons::icon(QStringLiteral("chevron.right"), Qt::white), next->title, this);
         on->setObjectName(QStringLiteral("footerNext"));
         Theme::makeProminent(on);
         // The chevron after the title.

@@ -200,6 +200,29 @@ private Q_SLOTS:
         QVERIFY(!alone.findChild<QWidget *>(QStringLiteral("breadcrumb")));
         QCOMPARE(alone.findChild<MarkdownLabel *>(QStringLiteral("lessonMinutes"))->text(), QStringLiteral("About 7 minutes"));
     }
+
+    // Long neighbouring titles shorten in a narrow pane instead of widening
+    // the lesson past it, which would clip every paragraph at its edge.
+    void longTitlesFitANarrowPane()
+    {
+        QList<Lesson> lessons{reading(QStringLiteral("before")), reading(QStringLiteral("here")), reading(QStringLiteral("after"))};
+        lessons[0].title = QStringLiteral("Protocols, extensions and the standard library's own protocols");
+        lessons[2].title = QStringLiteral("`where` clauses and constrained extensions of generic types");
+        ProgressStore store(file());
+        AppModel model(courseOf(lessons), &store);
+        ReadingLessonView view(model, lessons[1]);
+        view.resize(360, 600);
+        view.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&view));
+        auto *footer = view.findChild<QWidget *>(QStringLiteral("lessonFooter"));
+        QVERIFY(footer->width() <= 360);
+        for (const char *name : {"footerPrevious", "footerNext"}) {
+            auto *button = view.findChild<QPushButton *>(QLatin1String(name));
+            QVERIFY(button->geometry().right() <= footer->width());
+            QVERIFY2(button->text().endsWith(QChar(0x2026)), qPrintable(button->text()));
+        }
+        QCOMPARE(view.findChild<QPushButton *>(QStringLiteral("footerNext"))->accessibleName(), lessons[2].title);
+    }
 };
 
 QTEST_MAIN(TestReadingLessonView)
