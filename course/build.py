@@ -588,12 +588,13 @@ class LessonFile:
             self.fail(reference["map"][0] + 1, f"link reference definitions are not supported; "
                                                 f"write the link as [text]({reference['href']})")
 
-        header, id_line = None, 1
+        header, id_line, title_line = None, 1, 1
         if nodes and nodes[0].type == "front_matter":
             parsed = read_yaml(nodes[0].content, self.path, 2, self.problems)
             header = parsed and take_fields(parsed, {"id": "id", "title": "text", "type": "type",
                                                      "minutes": "minutes"}, self.path, 1, self.problems)
             id_line = parsed[1].get("id", 1) if parsed else 1
+            title_line = parsed[1].get("title", 1) if parsed else 1
             nodes = nodes[1:]
             if header is None:
                 self.ok = False
@@ -670,6 +671,9 @@ class LessonFile:
                     self.fail(at[key], f"{name} only belongs in a lesson with # Tests")
         self.check_problems(tests, solution)
 
+        if header and re.search(r"[`*~]|\]\(", header["title"]):
+            self.fail(title_line, "a lesson title is shown as plain text (sidebar, buttons): "
+                               "write it without Markdown such as `code` or *emphasis*")
         if not self.ok or header is None:
             return None
         lesson = dict(header)

@@ -38,6 +38,7 @@ QUESTION_AT = HEADER + "Text.\n\n# Questions\n\n## Which?\n\n"  # question headi
 # (what, lesson file text, line of the error, part of its message)
 LESSON_ERRORS = [
     ("header not YAML", "---\nid: a\ntitle: [oops\n---\n\nText.\n", 3, "not valid YAML"),
+    ("title with Markdown", HEADER.replace("A lesson", "'Some `where` clauses'") + "Text.\n", 3, "plain text"),
     ("minutes as words", HEADER.replace("minutes: 5", "minutes: five") + "Text.\n", 5, "whole number"),
     ("id with spaces", HEADER.replace("values-constants", "A lesson") + "Text.\n", 2, "lower-case letters"),
     ("no description", HEADER + "# Task\n\nDo it.\n", 8, "no text before"),
