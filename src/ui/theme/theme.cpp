@@ -154,11 +154,11 @@ void apply(QApplication &app)
     palette.setColor(QPalette::Inactive, QPalette::Highlight, withOpacity(vmSea(), 0.75));
     app.setPalette(palette);
 
-    // Installed, the icon theme has the application's icon in every size; a
-    // build tree has only the file among the resources.
-    const QString id = QGuiApplication::desktopFileName();
-    const std::optional<QString> bundled = Resources::url(id + QStringLiteral(".svg"));
-    app.setWindowIcon(QIcon::fromTheme(id, bundled ? QIcon(*bundled) : QIcon()));
+    // The application's icon travels with the resources; the icon theme has
+    // the same picture, but searching the theme costs start-up time.
+    const std::optional<QString> icon = Resources::url(QGuiApplication::desktopFileName() + QStringLiteral(".svg"));
+    if (icon)
+        app.setWindowIcon(QIcon(*icon));
 }
 
 void makeProminent(QPushButton *button, const QColor &tint)
