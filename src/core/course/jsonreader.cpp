@@ -20,7 +20,13 @@ QString JsonError::message() const
 
 JsonReader::JsonReader(const QJsonValue &value, const QString &path)
     : m_value(value)
-    , m_path(path)
+    , m_step(path.isEmpty() ? nullptr : std::make_shared<const Step>(Step{nullptr, path, -1}))
+{
+}
+
+JsonReader::JsonReader(const QJsonValue &value, std::shared_ptr<const Step> step)
+    : m_value(value)
+    , m_step(std::move(step))
 {
 }
 
@@ -35,9 +41,19 @@ QJsonValue JsonReader::parse(const QByteArray &json)
     return document.object();
 }
 
-QString JsonReader::childPath(const QString &key) const
+QString JsonReader::path() const
 {
-    return m_path.isEmpty() ? key : m_path + QLatin1Char('.') + key;
+    QList<const Step *> steps;
+    for (const Step *step = m_step.get(); step; step = step->parent.get())
+        steps.prepend(step);
+    QString path;
+    for (const Step *step : std::as_const(steps)) {
+        if (step->index >= 0)
+            path += QStringLiteral("[%1]").arg(step->index);
+        else
+            path += (path.isEmpty() ? QString() : QStringLiteral(".")) + step->name;
+    }
+    return path;
 }
 
 QString JsonReader::describe(const QJsonValue &value)
@@ -56,7 +72,7 @@ QString JsonReader::describe(const QJsonValue &value)
 
 void JsonReader::fail(const QString &problem) const
 {
-    throw JsonError(m_path, problem);
+    throw JsonError(path(), problem);
 }
 
 QJsonObject JsonReader::object() const
@@ -76,7 +92,8 @@ JsonReader JsonReader::at(const QString &key) const
 {
     const QJsonObject o = object();
     const auto it = o.constFind(key);
-    const JsonReader child(it == o.constEnd() ? QJsonValue(QJsonValue::Undefined) : *it, childPath(key));
+    const JsonReader child(it == o.constEnd() ? QJsonValue(QJsonValue::Undefined) : *it,
+                           std::make_shared<const Step>(Step{m_step, key, -1}));
     if (it == o.constEnd())
         child.fail(QStringLiteral("missing key"));
     if (it->isNull())
@@ -138,7 +155,7 @@ QList<JsonReader> JsonReader::elements() const
     QList<JsonReader> result;
     result.reserve(a.size());
     for (qsizetype i = 0; i < a.size(); ++i)
-        result.append(JsonReader(a.at(i), m_path + QStringLiteral("[%1]").arg(i)));
+        result.append(JsonReader(a.at(i), std::make_shared<const Step>(Step{m_step, {}, i})));
     return result;
 }
 

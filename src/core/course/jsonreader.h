@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 #include <stdexcept>
 
@@ -36,7 +37,7 @@ public:
     // Parses a whole document; invalid JSON throws a JsonError at the root.
     static QJsonValue parse(const QByteArray &json);
 
-    QString path() const { return m_path; }
+    QString path() const;
     const QJsonValue &value() const { return m_value; }
 
     JsonReader at(const QString &key) const;  // the value must be present and not null
@@ -57,11 +58,19 @@ public:
     [[noreturn]] void fail(const QString &problem) const;
 
 private:
-    QString childPath(const QString &key) const;
+    // One step of the way from the document's root, kept so that the path,
+    // which only an error needs, is written out only then.
+    struct Step {
+        std::shared_ptr<const Step> parent;
+        QString name;          // a key, or the whole path given for a root
+        qsizetype index = -1;  // an array element's index; -1 for a key
+    };
+
+    JsonReader(const QJsonValue &value, std::shared_ptr<const Step> step);
     static QString describe(const QJsonValue &value);
 
     QJsonValue m_value;
-    QString m_path;
+    std::shared_ptr<const Step> m_step;  // null for a root without a path
 };
 
 } // namespace Kestrun
