@@ -34,6 +34,7 @@ SECTIONS = {
     "equivalent mutants": "equivalent",
 }
 ANSWER_VERDICTS = {"passes:": "passes", "fails:": "fails"}
+NO_ANSWERS = {"passes": [], "fails": []}
 
 ID_PATTERN = re.compile(r"[a-z0-9]+(-[a-z0-9]+)*\Z")
 # The app's own runner probe lesson; a course lesson must not take its id.
@@ -491,7 +492,7 @@ class LessonFile:
 
     def answers(self, nodes, heading_line):
         """{"passes": [...], "fails": [...]}, each answer {"name", "code"}."""
-        found = {"passes": [], "fails": []}
+        found = {verdict: [] for verdict in NO_ANSWERS}
         for heading, body in self.split_at_subheadings(nodes):
             if heading is None:
                 self.fail(self.line_of(body[0]), "each answer starts with a ## heading: Passes: or Fails:, "
@@ -653,7 +654,7 @@ class LessonFile:
             for key in ("checklist", "questions"):
                 if content.get(key):
                     self.fail(at[key], f"a lesson with tests shows no {key}")
-            found = content.get("answers", {"passes": [], "fails": []})
+            found = content.get("answers", NO_ANSWERS)
             for verdict, example in (("passes", "## Passes: with a comment"), ("fails", "## Fails: off by one")):
                 if not found[verdict]:
                     self.fail(at.get("answers", at["tests"]),
@@ -687,7 +688,7 @@ class LessonFile:
             lesson[key] = content.get(key, [])
         self.other_answers = None
         if tests:
-            self.other_answers = {**content.get("answers", {"passes": [], "fails": []}),
+            self.other_answers = {**content.get("answers", NO_ANSWERS),
                                   "equivalent": content.get("equivalent", [])}
         return lesson, (solution if tests else None), id_line
 
