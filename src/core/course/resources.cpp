@@ -9,17 +9,24 @@ namespace Kestrun::Resources {
 namespace {
 
 // The program's folder. Linux knows it before the application object exists,
-// which lets the course load while the platform starts.
+// which lets the course load while the platform starts. It is read once and
+// not from QCoreApplication there: Qt caches the program's path without a
+// lock, and two threads asking at once leak one copy and race on the other.
 std::optional<QString> programDirectory()
 {
+#ifdef Q_OS_LINUX
+    static const std::optional<QString> directory = []() -> std::optional<QString> {
+        const QFileInfo program(QStringLiteral("/proc/self/exe"));
+        if (!program.exists())
+            return std::nullopt;
+        return program.canonicalFilePath().section(QLatin1Char('/'), 0, -2);
+    }();
+    return directory;
+#else
     if (QCoreApplication::instance())
         return QCoreApplication::applicationDirPath();
-#ifdef Q_OS_LINUX
-    const QFileInfo program(QStringLiteral("/proc/self/exe"));
-    if (program.exists())
-        return program.canonicalFilePath().section(QLatin1Char('/'), 0, -2);
-#endif
     return std::nullopt;
+#endif
 }
 
 } // namespace

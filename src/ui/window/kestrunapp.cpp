@@ -1,5 +1,6 @@
 #include "kestrunapp.h"
 
+#include "course/resources.h"
 #include "theme/fonts.h"
 
 #include <QThread>
@@ -27,7 +28,12 @@ std::future<Course> KestrunApp::loadCourse()
     // Qt takes the first thread that uses it for the main thread: the caller
     // claims it before the loader's first QObject can.
     QThread::currentThread();
-    return std::async(std::launch::async, [] { return Course::load(); });
+    // Found here, on the main thread, where the platform may ask Qt for the
+    // program's folder too.
+    if (const std::optional<QString> path = Resources::url(QStringLiteral("course.json")))
+        return std::async(std::launch::async, [path = *path] { return Course::load(path); });
+    // Some platforms know the folder only once the application object exists.
+    return std::async(std::launch::deferred, [] { return Course::load(); });
 }
 
 void KestrunApp::findCompiler(StartTask::Search search)
