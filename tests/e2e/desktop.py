@@ -221,11 +221,11 @@ class Session:
         time.sleep(0.15)
 
     def screenshot(self, path):
-        """The main window as it is on screen; the whole screen before it is there."""
+        """The main window as it is on screen; the whole screen when there is none."""
         path = pathlib.Path(path)
         path.parent.mkdir(parents=True, exist_ok=True)
         crop = []
-        if getattr(self, "window", None) is not None:
+        if self.window is not None and self.process and self.process.poll() is None:
             x, y, w, h = self.extents(self.window)
             crop = ["-crop", f"{w}x{h}+{x}+{y}", "+repage"]
         subprocess.run(["import", "-window", "root", *crop, str(path)], check=True)
