@@ -112,6 +112,12 @@ class Session:
     def close(self):
         self.stop()
 
+    def __enter__(self):
+        return self.start()
+
+    def __exit__(self, *_):
+        self.close()
+
     def resize(self, width, height):
         """Sizes the main window as a person would drag its corner."""
         window = subprocess.run(["xdotool", "search", "--name", "^Swift: Kestrun$"], capture_output=True, text=True).stdout.split()
@@ -144,9 +150,9 @@ class Session:
                 continue
         return None
 
-    def all(self, role=None, name=None, contains=None, root=None, showing=True):
-        """Every accessible below root (the app) matching role and name."""
-        root = root or self.application()
+    def all(self, role=None, name=None, contains=None, showing=True):
+        """Every accessible of the app matching role and name."""
+        root = self.application()
         found = []
         if root is None:
             return found
@@ -178,17 +184,13 @@ class Session:
         visit(root, 0)
         return found
 
-    def find(self, role=None, name=None, contains=None, root=None):
-        matches = self.all(role, name, contains, root)
+    def find(self, role=None, name=None, contains=None):
+        matches = self.all(role, name, contains)
         return matches[0] if matches else None
 
-    def wait(self, role=None, name=None, contains=None, timeout=10.0, root=None):
+    def wait(self, role=None, name=None, contains=None, timeout=10.0):
         label = f"{role or 'anything'} {name or contains or ''}".strip()
-        return wait_for(label, lambda: self.find(role, name, contains, root), timeout)
-
-    def texts(self, root=None):
-        """The names of every label on screen, in tree order."""
-        return [node.name for node in self.all(role="label", root=root)]
+        return wait_for(label, lambda: self.find(role, name, contains), timeout)
 
     @staticmethod
     def extents(node):
@@ -200,11 +202,9 @@ class Session:
         return node.getState().contains(pyatspi.STATE_ENABLED)
 
     # Acting as a person.
-    def click(self, node, dx=None, dy=None):
+    def click(self, node):
         x, y, w, h = self.extents(node)
-        px = x + (w // 2 if dx is None else dx)
-        py = y + (h // 2 if dy is None else dy)
-        subprocess.run(["xdotool", "mousemove", "--sync", str(px), str(py), "click", "1"], check=True)
+        subprocess.run(["xdotool", "mousemove", "--sync", str(x + w // 2), str(y + h // 2), "click", "1"], check=True)
         time.sleep(0.15)
 
     def key(self, *keys):
@@ -220,13 +220,15 @@ class Session:
                 subprocess.run(["xdotool", "type", "--delay", "8", "--", line], check=True)
         time.sleep(0.15)
 
-    def screenshot(self, path):
-        """The main window as it is on screen; the whole screen when there is none."""
+    def screenshot(self, path, node=None):
+        """The node, by default the main window, as it is on screen; the whole
+        screen once the app has gone."""
         path = pathlib.Path(path)
         path.parent.mkdir(parents=True, exist_ok=True)
+        node = self.window if node is None else node
         crop = []
-        if self.window is not None and self.process and self.process.poll() is None:
-            x, y, w, h = self.extents(self.window)
+        if node is not None and self.process and self.process.poll() is None:
+            x, y, w, h = self.extents(node)
             crop = ["-crop", f"{w}x{h}+{x}+{y}", "+repage"]
         subprocess.run(["import", "-window", "root", *crop, str(path)], check=True)
 

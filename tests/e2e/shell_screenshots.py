@@ -20,8 +20,7 @@ def main():
     course = json.loads((ROOT / "Resources" / "course.json").read_text(encoding="utf-8"))
     lessons = [lesson for chapter in course["chapters"] for module in chapter["modules"] for lesson in module["lessons"]]
 
-    session = Session(PROGRAM, screenshots_mode=True).start()
-    try:
+    with Session(PROGRAM, screenshots_mode=True) as session:
         session.wait(role="label", contains="on this computer")
         session.screenshot(out / "home-fresh.png")
 
@@ -35,12 +34,7 @@ def main():
         session.key("ctrl+comma")
         settings = session.wait(role="dialog", name="Settings")
         time.sleep(0.5)
-        x, y, w, h = session.extents(settings)
-        import subprocess
-        subprocess.run(["import", "-window", "root", "-crop", f"{w}x{h}+{x}+{y}", "+repage",
-                        str(out / "settings.png")], check=True)
-    finally:
-        session.close()
+        session.screenshot(out / "settings.png", settings)
 
     # Part-way: the first module done and a few lessons further on.
     now = datetime.datetime.now(datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
@@ -48,21 +42,14 @@ def main():
     done[lessons[10]["id"]] = now
     session = Session(PROGRAM, screenshots_mode=True)
     session.write_progress({"code": {}, "done": done, "ticks": {}})
-    session.start()
-    try:
+    with session:
         session.wait(role="label", contains="lessons done")
         session.screenshot(out / "home-progress.png")
-    finally:
-        session.close()
 
     # No toolchain: /opt, where Swift is installed here, hidden by a sandbox.
-    session = Session(PROGRAM, wrap=["bwrap", "--dev-bind", "/", "/", "--tmpfs", "/opt", "--"], screenshots_mode=True)
-    session.start()
-    try:
+    with Session(PROGRAM, wrap=["bwrap", "--dev-bind", "/", "/", "--tmpfs", "/opt", "--"], screenshots_mode=True) as session:
         session.wait(role="label", contains="has no Swift compiler yet")
         session.screenshot(out / "no-toolchain.png")
-    finally:
-        session.close()
     print(f"Wrote the shell's screenshots to {out}")
 
 

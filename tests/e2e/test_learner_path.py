@@ -18,10 +18,11 @@ from desktop import ROOT, Session, Timeout, toolchain_present, wait_for
 SKIPPED = 77
 VM_ALERT = (196, 67, 45)
 COURSE = json.loads((ROOT / "Resources" / "course.json").read_text(encoding="utf-8"))
+LESSONS = [l for c in COURSE["chapters"] for m in c["modules"] for l in m["lessons"]]
 
 
 def lesson(lesson_id):
-    return next(l for c in COURSE["chapters"] for m in c["modules"] for l in m["lessons"] if l["id"] == lesson_id)
+    return next(l for l in LESSONS if l["id"] == lesson_id)
 
 
 def plain(markdown):
@@ -218,8 +219,7 @@ class LearnerPath:
                      "quiz-hello-swift", "swift-on-your-computer"):
             assert done in progress["done"], (done, sorted(progress["done"]))
         assert sorted(progress["ticks"]["swift-on-your-computer"]) == list(range(len(steps))), progress["ticks"]
-        variables = next(l["id"] for c in COURSE["chapters"] for m in c["modules"] for l in m["lessons"]
-                         if l["title"] == "Variables")
+        variables = next(l["id"] for l in LESSONS if l["title"] == "Variables")
         assert progress["code"][variables] == typed, progress["code"]
         assert progress["last"] == variables, progress.get("last")
 

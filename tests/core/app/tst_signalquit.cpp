@@ -1,5 +1,6 @@
 #include "runner/toolchain.h"
 #include "runner/workdirectory.h"
+#include "../processes.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -15,21 +16,6 @@
 using namespace Kestrun;
 
 namespace {
-
-// Processes that work in, or name, something below `directory`.
-QStringList processesIn(const QString &directory)
-{
-    QStringList found;
-    for (const QString &pid : QDir("/proc").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        if (!pid[0].isDigit())
-            continue;
-        QFile cmdline("/proc/" + pid + "/cmdline");
-        QString command = cmdline.open(QIODevice::ReadOnly) ? QString::fromUtf8(cmdline.readAll()) : QString();
-        if (command.contains(directory) || QFile::symLinkTarget("/proc/" + pid + "/cwd").startsWith(directory))
-            found.append(pid + ' ' + command.replace(QChar(0), ' ').left(100));
-    }
-    return found;
-}
 
 QStringList workDirectories(const QString &tmp)
 {
@@ -110,7 +96,7 @@ private Q_SLOTS:
         QVERIFY(app.waitForStarted());
         QVERIFY2(runStarted(tmp.path(), code), "no run started");
         QThread::msleep(500);
-        QVERIFY(!processesIn(tmp.path()).isEmpty());
+        QVERIFY(!processesOf(tmp.path()).isEmpty());
 
         QElapsedTimer timer;
         timer.start();
@@ -128,9 +114,7 @@ private Q_SLOTS:
         // What was killed with its parent may take a moment to go. Killed
         // outright, the app cannot stop a compile job the compiler started
         // in a process group of its own: that one ends when it has compiled.
-        QStringList left;
-        for (int i = 0; i < 50 && !(left = processesIn(tmp.path())).isEmpty(); ++i)
-            QThread::msleep(20);
+        QStringList left = processesLeft(tmp.path());
         if (status < 0)
             left = left.filter(QRegularExpression("^(?!.* -frontend -c )"));
         QVERIFY2(left.isEmpty(), qPrintable(left.join('\n')));

@@ -199,7 +199,6 @@ void TestMarkdown::rendering_data()
                "*one\n  \t\ntwo*", "This will ~~~not~~~ strike.", "<b>raw</b> Array<Int> snake_case_name 2 * 3 * 4 C:\\path",
                "&nbsp &x; &#; &#x; &MadeUpEntity; &hi?;", "\\\t\\A\\a\\ \\3\\φ\\«", "a backslash at the end \\"});
     row("Use `print` to show **bold** text.", "Use <code>print</code> to show <strong>bold</strong> text.");
-    row("one\n\ntwo", "one\n\ntwo");
     row("\r\n\r\n", "\r\n\r\n");
     row("", "");
 }

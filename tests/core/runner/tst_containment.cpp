@@ -2,12 +2,12 @@
 #include "runner/sandbox.h"
 #include "runner/shell.h"
 #include "texts/texts.h"
+#include "../processes.h"
 
 #include <QDir>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
-#include <QThread>
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
@@ -22,35 +22,6 @@ namespace {
 qsizetype openDescriptors()
 {
     return QDir("/proc/self/fd").entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
-}
-
-// Processes that work in, or name, something below `directory`, or whose
-// command line holds `marker`.
-QStringList processesOf(const QString &directory, const QString &marker)
-{
-    QStringList found;
-    for (const QString &pid : QDir("/proc").entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-        if (!pid[0].isDigit() || pid.toInt() == ::getpid())
-            continue;
-        QFile cmdline("/proc/" + pid + "/cmdline");
-        QString command = cmdline.open(QIODevice::ReadOnly) ? QString::fromUtf8(cmdline.readAll()) : QString();
-        const QString cwd = QFile::symLinkTarget("/proc/" + pid + "/cwd");
-        if (command.contains(directory) || cwd.startsWith(directory) || (!marker.isEmpty() && command.contains(marker)))
-            found.append(pid + " " + command.replace(QChar(0), ' ').left(80));
-    }
-    return found;
-}
-
-// Killing is asynchronous: what a killed run started may take a moment to go.
-QStringList processesLeft(const QString &directory, const QString &marker)
-{
-    QStringList left;
-    for (int i = 0; i < 50; ++i, QThread::msleep(20)) {
-        left = processesOf(directory, marker);
-        if (left.isEmpty())
-            break;
-    }
-    return left;
 }
 
 } // namespace
@@ -115,7 +86,7 @@ private Q_SLOTS:
     void cleanup()
     {
         QCOMPARE(QDir(m_tmp.path()).entryList({"kestrun-*"}, QDir::AllEntries | QDir::Hidden), QStringList());
-        QCOMPARE(processesLeft(m_tmp.path(), QString()), QStringList());
+        QCOMPARE(processesLeft(m_tmp.path()), QStringList());
         QCOMPARE(openDescriptors(), m_descriptors);
     }
 

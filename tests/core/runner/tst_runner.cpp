@@ -1,6 +1,7 @@
 #include "runner/runner.h"
 #include "runner/shell.h"
 #include "texts/texts.h"
+#include "../processes.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -24,18 +25,6 @@ QList<bool> verdicts(const RunResult &r)
     for (const RunResult::TestResult &t : r.tests)
         v.append(t.passed);
     return v;
-}
-
-// Processes whose command line mentions `text`.
-QStringList processesMentioning(const QString &text)
-{
-    QStringList found;
-    for (const QString &pid : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
-        QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(pid));
-        if (cmdline.open(QIODevice::ReadOnly) && QString::fromUtf8(cmdline.readAll()).contains(text))
-            found.append(pid);
-    }
-    return found;
 }
 
 } // namespace
@@ -69,7 +58,7 @@ private Q_SLOTS:
     void cleanup()
     {
         QCOMPARE(QDir(m_tmp.path()).entryList({QStringLiteral("kestrun-*")}, QDir::AllEntries | QDir::Hidden), QStringList());
-        QCOMPARE(processesMentioning(m_tmp.path()), QStringList());
+        QCOMPARE(processesLeft(m_tmp.path()), QStringList());
     }
 
     void results_data()
