@@ -13,7 +13,6 @@ class ElidingButton : public QPushButton {
 public:
     ElidingButton(const QIcon &icon, const QString &text, QWidget *parent = nullptr);
 
-    QString fullText() const { return m_fullText; }
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
 

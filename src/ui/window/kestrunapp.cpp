@@ -28,8 +28,8 @@ std::future<Course> KestrunApp::loadCourse()
     // Qt takes the first thread that uses it for the main thread: the caller
     // claims it before the loader's first QObject can.
     QThread::currentThread();
-    // Found here, on the main thread, where the platform may ask Qt for the
-    // program's folder too.
+    // Found here: where the program's folder comes from Qt, only the main
+    // thread may ask for it, since Qt caches it without a lock.
     if (const std::optional<QString> path = Resources::url(QStringLiteral("course.json")))
         return std::async(std::launch::async, [path = *path] { return Course::load(path); });
     // Some platforms know the folder only once the application object exists.
